@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstring>
 #include <numeric>
+#include <unordered_set>
 
 #include "array_impl.h"
 #include "host/errors.h"
@@ -35,6 +36,7 @@ bool holdsArrays(const kxArray* a) {
 }
 
 std::vector<size_t> normalDims(size_t ndim, const size_t* dims) {
+  if (ndim == 0) return {0, 0};
   std::vector<size_t> d(dims, dims + ndim);
   while (d.size() > 2 && d.back() == 1) d.pop_back();
   while (d.size() < 2) d.push_back(d.empty() ? 0 : 1);
@@ -55,19 +57,30 @@ kxArray* newArray(kxClassID cls, std::vector<size_t> dims) {
 }
 
 // Makes an array with a data block for its class: zeroed numbers, null
-// array pointers for cells and structs.
+// array pointers for cells and structs. Sizes are worked out and blocks taken
+// before the array exists, so that an allocation failure leaves nothing
+// behind even outside a call frame.
 kxArray* makeArray(kxClassID cls, std::vector<size_t> dims, kxComplexity cx, bool zero) {
-  kxArray* a = newArray(cls, std::move(dims));
-  if (holdsArrays(a)) {
-    a->pr = allocData(slotCount(a) * sizeof(kxArray*), true);
-    return a;
-  }
+  size_t elementSize =
+      cls == kxCELL_CLASS || cls == kxSTRUCT_CLASS ? sizeof(kxArray*) : kxClassElementSize(cls);
+  bool arrays = cls == kxCELL_CLASS || cls == kxSTRUCT_CLASS;
   size_t bytes = 0;
-  if (__builtin_mul_overflow(twhost::elementCount(a->dims), kxClassElementSize(cls), &bytes)) {
+  if (__builtin_mul_overflow(twhost::elementCount(dims), elementSize, &bytes)) {
     fl::except::bad_alloc();
   }
-  a->pr = allocData(bytes, zero);
-  if (cx == kxCOMPLEX) a->pi = allocData(bytes, zero);
+  void* pr = allocData(bytes, zero || arrays);
+  void* pi = nullptr;
+  if (cx == kxCOMPLEX && !arrays) {
+    try {
+      pi = allocData(bytes, zero);
+    } catch (...) {
+      freeData(pr);
+      throw;
+    }
+  }
+  kxArray* a = newArray(cls, std::move(dims));
+  a->pr = pr;
+  a->pi = pi;
   return a;
 }
 
@@ -301,9 +314,17 @@ kxArray* kxCreateCellArray(size_t ndim, const size_t* dims) {
 }
 
 kxArray* kxCreateStructArray(size_t ndim, const size_t* dims, int nfields, const char** names) {
-  kxArray* a = newArray(kxSTRUCT_CLASS, normalDims(ndim, dims));
+  std::vector<size_t> d = normalDims(ndim, dims);
+  size_t slotsNeeded = 0;
+  if (__builtin_mul_overflow(twhost::elementCount(d), static_cast<size_t>(std::max(nfields, 0)),
+                             &slotsNeeded) ||
+      slotsNeeded > SIZE_MAX / sizeof(kxArray*)) {
+    fl::except::bad_alloc();
+  }
+  void* block = allocData(slotsNeeded * sizeof(kxArray*), true);
+  kxArray* a = newArray(kxSTRUCT_CLASS, std::move(d));
+  a->pr = block;
   for (int i = 0; i < nfields; ++i) a->fields.emplace_back(names[i]);
-  a->pr = allocData(slotCount(a) * sizeof(kxArray*), true);
   return a;
 }
 kxArray* kxCreateStructMatrix(size_t m, size_t n, int nfields, const char** names) {
@@ -437,10 +458,16 @@ kxArray* kxGetCell(const kxArray* cell, size_t index) {
 void kxSetCells(kxArray* cell, kxArray** values) {
   size_t n = kxGetNumberOfElements(cell);
   twhost::forgetBlock(values);
-  for (size_t i = 0; i < n; ++i) {
-    kxDestroyArray(slots(cell)[i]);
-    adopt(values[i]);
+  if (cell->pr == values) {
+    for (size_t i = 0; i < n; ++i) adopt(values[i]);
+    return;
   }
+  // An element that stays (the same array given again) must not be freed.
+  std::unordered_set<kxArray*> kept(values, values + n);
+  for (size_t i = 0; i < n; ++i) {
+    if (!kept.count(slots(cell)[i])) kxDestroyArray(slots(cell)[i]);
+  }
+  for (size_t i = 0; i < n; ++i) adopt(values[i]);
   freeData(cell->pr);
   cell->pr = values;
 }

@@ -165,12 +165,16 @@ void* kxCallocExCheck(size_t count, size_t size) {
 }
 void* kxReallocExCheck(void* p, size_t n) {
   if (!p) return kxMallocExCheck(n);
-  void* q = checked(std::realloc(p, n == 0 ? 1 : n));
-  if (q != p) {
-    twhost::forgetBlock(p);
-    twhost::recordBlock(q);
+  // The record stays with the frame that held it, under the new address; a
+  // failed realloc leaves the old block, and its record, in place.
+  std::unordered_set<void*>* owner = nullptr;
+  auto& stack = frameStack();
+  for (auto it = stack.rbegin(); it != stack.rend() && !owner; ++it) {
+    if ((*it)->blocks.erase(p)) owner = &(*it)->blocks;
   }
-  return q;
+  void* q = std::realloc(p, n == 0 ? 1 : n);
+  if (owner) owner->insert(q ? q : p);
+  return checked(q);
 }
 void kxFreeEx(void* p) {
   if (!p) return;
