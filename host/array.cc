@@ -421,8 +421,14 @@ kxArray* kxMustBe(const kxArray* a, kxClassID cls) {
 // ---- setters ----------------------------------------------------------------------
 
 void kxSetData(kxArray* a, void* block) {
+  if (a->pr == block) return;
   twhost::forgetBlock(block);
-  if (a->pr != block) freeData(a->pr);
+  // A cell or struct gives up the arrays it held along with their block.
+  if (holdsArrays(a)) {
+    size_t n = slotCount(a);
+    for (size_t i = 0; i < n; ++i) kxDestroyArray(slots(a)[i]);
+  }
+  freeData(a->pr);
   a->pr = block;
 }
 

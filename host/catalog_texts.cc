@@ -60,6 +60,7 @@ const CatalogText kCatalogTexts[] = {
     {"KORVAN:nomem", "Out of memory: the request needs more memory than is available."},
     {"KORVAN:internal", "Internal error: {0}"},
     {"KORVAN:shell:ConversionFailed", "A value of class {0} cannot be converted to class {1}."},
+    {"KORVAN:shell:UndefinedFunction", "There is no function named '{0}'."},
 
     // ---- numbered messages ----
     {"KORVAN:legacy:1", "This function takes exactly one character vector."},

@@ -28,6 +28,7 @@ const Expected kIdentifiers[] = {
     {"KORVAN:nomem", 0},
     {"KORVAN:internal", 1},
     {"KORVAN:shell:ConversionFailed", 2},
+    {"KORVAN:shell:UndefinedFunction", 1},
     {"KORVAN:FileIO:InvalidFid", 0},
     {"KORVAN:FileIO:InvalidIntPrecision", 0},
     {"KORVAN:FileIO:InvalidUIntPrecision", 0},
