@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <memory>
 #include <unordered_set>
 #include <vector>
 
@@ -13,9 +14,66 @@
 #include "host/errors.h"
 #include "host/kx_memory.h"
 
+namespace {
+
+// The records of one frame. Most built-in calls make a handful of arrays and
+// adopt them soon after, so a short vector searched from the back answers
+// nearly every query at once; past a few dozen records a hash set takes over,
+// so that a call making millions of arrays stays linear.
+template <class T>
+class RecordSet {
+ public:
+  void insert(T p) {
+    if (big_) {
+      big_->insert(p);
+      return;
+    }
+    small_.push_back(p);
+    if (small_.size() > kSmallLimit) {
+      big_ = std::make_unique<std::unordered_set<T>>(small_.begin(), small_.end());
+      small_.clear();
+    }
+  }
+  bool erase(T p) {
+    if (big_) return big_->erase(p) > 0;
+    for (size_t i = small_.size(); i-- > 0;) {
+      if (small_[i] == p) {
+        small_[i] = small_.back();
+        small_.pop_back();
+        return true;
+      }
+    }
+    return false;
+  }
+  size_t size() const { return big_ ? big_->size() : small_.size(); }
+  template <class F>
+  void forEach(F f) const {
+    if (big_) {
+      for (T p : *big_) f(p);
+    } else {
+      for (T p : small_) f(p);
+    }
+  }
+  void moveInto(RecordSet& other) {
+    forEach([&](T p) { other.insert(p); });
+    clear();
+  }
+  void clear() {
+    small_.clear();
+    big_.reset();
+  }
+
+ private:
+  static constexpr size_t kSmallLimit = 32;
+  std::vector<T> small_;
+  std::unique_ptr<std::unordered_set<T>> big_;
+};
+
+}  // namespace
+
 struct kxCallFrame::Records {
-  std::unordered_set<void*> blocks;
-  std::unordered_set<kxArray*> arrays;
+  RecordSet<void*> blocks;
+  RecordSet<kxArray*> arrays;
 };
 
 namespace {
@@ -24,6 +82,14 @@ namespace {
 std::vector<kxCallFrame::Records*>& frameStack() {
   static std::vector<kxCallFrame::Records*> stack;
   return stack;
+}
+
+// Records are reused from one call to the next at the same depth, so that a
+// loop of built-in calls allocates nothing for its accounting.
+kxCallFrame::Records* recordsForDepth(size_t depth) {
+  static std::vector<std::unique_ptr<kxCallFrame::Records>> pool;
+  while (pool.size() <= depth) pool.push_back(std::make_unique<kxCallFrame::Records>());
+  return pool[depth].get();
 }
 
 constexpr size_t kHugeThreshold = size_t{4} << 20;
@@ -93,7 +159,9 @@ void freeData(void* p) {
 
 // ---- the frame ---------------------------------------------------------------
 
-kxCallFrame::kxCallFrame() : records_(new Records), exceptionsAtStart_(std::uncaught_exceptions()) {
+kxCallFrame::kxCallFrame()
+    : records_(recordsForDepth(frameStack().size())),
+      exceptionsAtStart_(std::uncaught_exceptions()) {
   frameStack().push_back(records_);
 }
 
@@ -104,14 +172,15 @@ kxCallFrame::~kxCallFrame() {
   if (!stack.empty() && stack.back() == records_) stack.pop_back();
   if (std::uncaught_exceptions() > exceptionsAtStart_) {
     // An error is passing out of the call: nothing it made survives.
-    for (kxArray* a : records_->arrays) kxDestroyArray(a);
-    for (void* p : records_->blocks) std::free(p);
+    records_->arrays.forEach([](kxArray* a) { kxDestroyArray(a); });
+    records_->blocks.forEach([](void* p) { std::free(p); });
   } else if (!stack.empty()) {
     // A normal return: what is left stays accounted to the caller's frame.
-    stack.back()->arrays.merge(records_->arrays);
-    stack.back()->blocks.merge(records_->blocks);
+    records_->arrays.moveInto(stack.back()->arrays);
+    records_->blocks.moveInto(stack.back()->blocks);
   }
-  delete records_;
+  records_->arrays.clear();
+  records_->blocks.clear();
 }
 
 void kxCallFrame::keep(kxArray* a) {
@@ -167,7 +236,7 @@ void* kxReallocExCheck(void* p, size_t n) {
   if (!p) return kxMallocExCheck(n);
   // The record stays with the frame that held it, under the new address; a
   // failed realloc leaves the old block, and its record, in place.
-  std::unordered_set<void*>* owner = nullptr;
+  RecordSet<void*>* owner = nullptr;
   auto& stack = frameStack();
   for (auto it = stack.rbegin(); it != stack.rend() && !owner; ++it) {
     if ((*it)->blocks.erase(p)) owner = &(*it)->blocks;
