@@ -1,0 +1,42 @@
+// Where the shell's results go: displayed values, warnings and the uncaught
+// error. On the console they are text; with --json they are records.
+#pragma once
+
+#include <cstdio>
+#include <string>
+
+#include "host/kx_array.h"
+
+namespace tw {
+
+class Reporter {
+ public:
+  virtual ~Reporter() = default;
+  virtual void display(const std::string& name, const kxArray* value) = 0;
+  virtual void warning(const std::string& identifier, const std::string& message) = 0;
+  // `line` is 0 when unknown.
+  virtual void error(const std::string& identifier, const std::string& message, int line) = 0;
+};
+
+class ConsoleReporter : public Reporter {
+ public:
+  void display(const std::string& name, const kxArray* value) override;
+  void warning(const std::string& identifier, const std::string& message) override;
+  void error(const std::string& identifier, const std::string& message, int line) override;
+};
+
+class JsonReporter : public Reporter {
+ public:
+  // Appends to the file; false when it cannot be opened.
+  bool open(const std::string& path);
+  ~JsonReporter() override;
+  void display(const std::string& name, const kxArray* value) override;
+  void warning(const std::string& identifier, const std::string& message) override;
+  void error(const std::string& identifier, const std::string& message, int line) override;
+
+ private:
+  void write(const std::string& record);
+  std::FILE* file_ = nullptr;
+};
+
+}  // namespace tw
