@@ -1,0 +1,83 @@
+// Open files: twAbsFile and its two kinds, twFile for files opened by fopen
+// and twSystemFile for the three standard files.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <new>
+
+#include "fileio/attributes.h"
+#include "fileio/file_stream.h"
+#include "host/kx_array.h"
+#include "host/kx_memory.h"
+
+namespace Tarnwicks::FileIO {
+
+class twAbsFile {
+ public:
+  twAbsFile(const ustring& name, const FilePermission& permission,
+            const MachineFormat& machineFormat, const EncodingAttribute& encoding);
+  virtual ~twAbsFile();
+  twAbsFile(const twAbsFile&) = delete;
+  twAbsFile& operator=(const twAbsFile&) = delete;
+
+  // File objects live in host blocks.
+  static void* operator new(size_t n) { return utMallocWithCheck(n); }
+  static void operator delete(void* p) { utFree(p); }
+
+  // True when the file is open and has its stream; false with lastError set.
+  virtual bool open() { return false; }
+  // True when the file closed cleanly; false with lastError set.
+  virtual bool close() { return false; }
+
+  // The file's stream: null only before open() succeeded. Every screen and
+  // file stream is a fileStream, so all of stream, TcodnStream and the carry
+  // are reachable through it.
+  fileStream* getStream() const { return stream_; }
+  FILE* getFile() const { return file; }
+
+  // The last step of fwrite and fprintf: with automatic flushing (the
+  // permission's default, off for "W" and "A") and a file behind the stream,
+  // flush. A failed flush sets lastError to the stream's error, or -7, and
+  // the result is false.
+  bool endOfWrite();
+
+  ustring name;
+  FilePermission permission;
+  MachineFormat machineFormat;
+  EncodingAttribute encoding;
+  int64_t fileSize = 0;
+  // 0, a positive errno, or a negative code -1..-45: what ferror reports.
+  int lastError = 0;
+
+ protected:
+  fileStream* stream_ = nullptr;  // owned
+  FILE* file = nullptr;           // not closed by the destructor
+};
+
+class twFile : public twAbsFile {
+ public:
+  using twAbsFile::twAbsFile;
+  // Reading modes search the full path, the current folder, then the host's
+  // search path, and keep the name found. Writing modes open the name as
+  // given (mode 0666 less the umask). A failing open returns false with
+  // lastError an errno or -2; a bad encoding raises after closing the file.
+  bool open() override;
+  // Flushes the carry, closes the C file and, for files written, tells the
+  // host's path manager that the file changed.
+  bool close() override;
+};
+
+// A standard file: its stream is made at construction and it is never
+// opened or closed. S is screenStreamBase, outputScreenStream or stdErrStream.
+template <class S>
+class twSystemFile : public twAbsFile {
+ public:
+  twSystemFile(const ustring& name, const FilePermission& permission, FILE* cFile)
+      : twAbsFile(name, permission, MachineFormat(), EncodingAttribute()) {
+    file = cFile;
+    stream_ = new S(cFile, &this->permission);
+  }
+};
+
+}  // namespace Tarnwicks::FileIO

@@ -1,0 +1,65 @@
+// The body of fgets: one line with its terminator, and the terminator's
+// character codes.
+#include "body_support.h"
+#include "fileio/file_manager.h"
+#include "fileio/output_buffer.h"
+#include "frame/bodies.h"
+#include "host/errors.h"
+
+namespace Tarnwicks::FileIO {
+
+namespace {
+
+// The limit in characters, -1 for none.
+int64_t lineLimit(const kxArray* a) {
+  if (!kxIsDouble(a)) kxThrowId("KORVAN:fgets", "ncharMustBeDouble");
+  if (kxIsEmpty(a)) kxErrMsg(36);
+  int64_t n = 0;
+  bool isNaN = false, isInf = false;
+  numericScalarValue(a, n, &isNaN, &isInf);  // 2.7 reads up to 2: the exactness doesn't matter
+  if (isNaN || n < 0) kxThrowId("KORVAN:fgets", "InvalidSize");
+  return isInf ? -1 : n;
+}
+
+}  // namespace
+
+int fgetsBody(int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
+  twAbsFile* file = fileFromArray(prhs[0]);
+  int64_t limit = nrhs >= 2 ? lineLimit(prhs[1]) : -1;
+  fileStream* s = file->getStream();
+  if (!s->getCarry().finish()) {
+    file->lastError = -31;
+    plhs[0] = kxCreateString("");
+    if (nlhs > 1) plhs[1] = kxCreateDoubleMatrix(0, 0, kxREAL);
+    return 0;
+  }
+  OutputBuffer line(kxCHAR_CLASS, 1024, 64, 8388608);
+  int terminator = s->readLine(limit, line);
+  if (terminator != 0) file->lastError = 0;
+  bool nonEmpty = !line.empty();
+  if (nonEmpty && !file->permission.read) {
+    file->lastError = -3;
+  } else if (s->atEnd()) {
+    file->lastError = -4;
+  }
+  kxArray* codes = nullptr;
+  if (nlhs > 1) {
+    if (terminator != 0) {
+      char16_t units[2];
+      line.copyLast(static_cast<size_t>(terminator), units);
+      codes = kxCreateDoubleMatrix(1, static_cast<size_t>(terminator), kxREAL);
+      for (int i = 0; i < terminator; ++i) kxGetPr(codes)[i] = units[i];
+    } else {
+      codes = kxCreateDoubleMatrix(0, 0, kxREAL);
+    }
+  }
+  if (nonEmpty) {
+    plhs[0] = line.toArray();
+  } else {
+    plhs[0] = s->atEnd() ? kxCreateDoubleScalar(-1.0) : kxCreateString("");
+  }
+  if (nlhs > 1) plhs[1] = codes;
+  return 0;
+}
+
+}  // namespace Tarnwicks::FileIO

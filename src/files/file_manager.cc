@@ -1,0 +1,130 @@
+// FileMgr: the table of open files, and turning a fid argument into a file.
+#include "fileio/file_manager.h"
+
+#include <cmath>
+#include <cstdio>
+
+#include "fileio/screen_streams.h"
+#include "host/errors.h"
+
+namespace Tarnwicks::FileIO {
+
+FileMgr& FileMgr::instance() {
+  static FileMgr table;
+  return table;
+}
+
+namespace {
+// The standard files exist from the moment the library is mapped.
+[[maybe_unused]] FileMgr& tableAtLoad = FileMgr::instance();
+}  // namespace
+
+FileMgr::FileMgr() {
+  add(new twSystemFile<screenStreamBase>(u"\"stdin\"", FilePermission("r", 1), stdin));
+  add(new twSystemFile<outputScreenStream>(u"\"stdout\"", FilePermission("a", 1), stdout));
+  add(new twSystemFile<stdErrStream>(u"\"stderr\"", FilePermission("a", 1), stderr));
+  firstUserFid = openCount;
+}
+
+FileMgr::~FileMgr() {
+  for (auto& [fid, file] : files) {
+    if (file == nullptr) continue;
+    // Bits a bit write left waiting would otherwise never reach the file;
+    // the C library flushes the rest when the process ends.
+    if (fid >= firstUserFid && file->getStream()) file->getStream()->getCarry().finish();
+    delete file;
+    file = nullptr;
+  }
+}
+
+twAbsFile* FileMgr::lookup(int fid) const {
+  auto it = files.find(fid);
+  return it == files.end() ? nullptr : it->second;
+}
+
+twAbsFile* FileMgr::require(int fid) const {
+  twAbsFile* f = lookup(fid);
+  if (f == nullptr) kxErrMsg(26);
+  return f;
+}
+
+std::vector<int> FileMgr::list(int which) const {
+  std::vector<int> fids;
+  if (which != 1) return fids;
+  for (const auto& [fid, file] : files) {
+    if (fid >= firstUserFid && file != nullptr) fids.push_back(fid);
+  }
+  return fids;
+}
+
+int FileMgr::allocateFid() const {
+  int candidate = openCount;
+  for (const auto& [fid, file] : files) {
+    if (file == nullptr) return fid;
+    if (fid >= candidate) candidate = fid + 1;
+  }
+  return candidate;
+}
+
+int FileMgr::add(twAbsFile* file) {
+  int fid = allocateFid();
+  files[fid] = file;
+  ++openCount;
+  return fid;
+}
+
+int FileMgr::open(const ustring& name, const FilePermission& permission,
+                  const MachineFormat& machineFormat, const EncodingAttribute& encoding,
+                  int& error) {
+  twFile* file = new twFile(name, permission, machineFormat, encoding);
+  bool opened;
+  try {
+    opened = file->open();
+  } catch (...) {
+    delete file;
+    throw;
+  }
+  if (opened) {
+    error = 0;
+    return add(file);
+  }
+  error = file->lastError;
+  delete file;
+  return -1;
+}
+
+bool FileMgr::close(int fid) {
+  auto it = files.find(fid);
+  if (it == files.end() || it->second == nullptr || fid < firstUserFid) return false;
+  bool closed = it->second->close();
+  delete it->second;
+  it->second = nullptr;
+  --openCount;
+  return closed;
+}
+
+bool FileMgr::closeAll() {
+  bool all = true;
+  for (auto& [fid, file] : files) {
+    if (fid >= firstUserFid && file != nullptr && !close(fid)) all = false;
+  }
+  return all;
+}
+
+int fidFromArray(const kxArray* a) {
+  if (a == nullptr || kxGetClassID(a) != kxDOUBLE_CLASS || kxGetNumberOfElements(a) != 1) {
+    kxThrowId("KORVAN:FileIO", "InvalidFid");
+  }
+  double v = *kxGetPr(a);
+  if (std::isnan(v)) v = -1.0;
+  double t = v >= 0 ? std::floor(v) : std::ceil(v);
+  int fid = t >= -2147483648.0 && t <= 2147483647.0 ? static_cast<int>(t) : -1;
+  if (fid < 0 || double(fid) != v) kxThrowId("KORVAN:FileIO", "InvalidFid");
+  return fid;
+}
+
+twAbsFile* fileFromArray(const kxArray* a) {
+  return FileMgr::instance().require(fidFromArray(a));
+}
+
+}  // namespace Tarnwicks::FileIO

@@ -1,0 +1,205 @@
+// fileStream: bytes, positions and lines of a C buffered file.
+#include "fileio/file_stream.h"
+
+#include <stdio_ext.h>
+#include <sys/stat.h>
+#include <unicode/ucnv.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+
+#include "encoding_support.h"
+#include "fileio/output_buffer.h"
+#include "host/errors.h"
+
+namespace Tarnwicks::FileIO {
+
+namespace {
+// The C library moves at most this much in one call.
+constexpr size_t kChunkBytes = 1048576;
+}  // namespace
+
+fileStream::fileStream(FILE* f, const char* encoding, const FilePermission* perm)
+    : TcodnStream(encoding), file(f), permission(perm) {
+  if (encoding != nullptr && *encoding != '\0' && f != stdin && f != stdout && f != stderr) {
+    checkEncoding();
+  }
+  carry = new CarryByte(this, perm);
+}
+
+fileStream::~fileStream() {
+  delete carry;
+}
+
+void fileStream::recordState() {
+  if (errno != 0) {
+    errorCode = errno;
+  } else if (file != nullptr && ferror(file)) {
+    errorCode = -1;
+  } else {
+    errorCode = 0;
+  }
+}
+
+size_t fileStream::read(size_t count, void* buffer, size_t size) {
+  if (count == 0 || size == 0) return 0;
+  auto* bytes = static_cast<unsigned char*>(buffer);
+  // A stale errno from an unrelated call must not turn an end of file into
+  // an error.
+  errno = 0;
+  if (count == 1 && size == 1) {
+    int c = getc_unlocked(file);
+    if (c == EOF) {
+      recordState();
+      return 0;
+    }
+    bytes[0] = static_cast<unsigned char>(c);
+    lastByte = static_cast<uint8_t>(c);
+    return 1;
+  }
+  const size_t chunk = std::max<size_t>(kChunkBytes / size, 1);
+  size_t got = 0;
+  bool shortRead = false;
+  while (count - got > chunk && !shortRead) {
+    size_t n = fread_unlocked(bytes + got * size, size, chunk, file);
+    got += n;
+    if (n < chunk) shortRead = true;
+  }
+  if (!shortRead) {
+    size_t rest = count - got;
+    size_t n = fread_unlocked(bytes + got * size, size, rest, file);
+    got += n;
+    if (n < rest) shortRead = true;
+  }
+  if (shortRead) recordState();
+  // The byte at index got - 1: what unread(1) gives back after a byte read.
+  if (got) lastByte = bytes[got - 1];
+  return got;
+}
+
+size_t fileStream::write(size_t count, const void* buffer, size_t size) {
+  if (count == 0 || size == 0) return 0;
+  const auto* bytes = static_cast<const unsigned char*>(buffer);
+  const size_t chunk = std::max<size_t>(kChunkBytes / size, 1);
+  errno = 0;
+  size_t done = 0;
+  while (done < count) {
+    size_t want = std::min(chunk, count - done);
+    size_t n = fwrite_unlocked(bytes + done * size, size, want, file);
+    done += n;
+    if (n < want) {
+      recordState();
+      if (errorCode == 0) errorCode = -1;
+      return done;
+    }
+  }
+  bytesWritten += size * count;
+  return done;
+}
+
+int fileStream::vformat(const char* format, va_list* args) {
+  errno = 0;
+  int n = vfprintf(file, format, *args);
+  if (n < 0) {
+    errorCode = errno ? errno : -1;
+  } else {
+    bytesWritten += static_cast<uint64_t>(n);
+  }
+  return n;
+}
+
+bool fileStream::atEnd() {
+  return file != nullptr && feof(file);
+}
+
+bool fileStream::unread(int64_t n) {
+  errno = 0;
+  bool ok;
+  if (n == 1 && lastByte != 0 && lastByte != 255) {
+    ok = ungetc(lastByte, file) != EOF;
+  } else if (n == 1) {
+    ok = fseeko(file, -1, SEEK_CUR) == 0;
+  } else {
+    if (n == INT64_MIN) {
+      ok = fseeko(file, INT64_MAX, SEEK_CUR) == 0;
+      n += INT64_MAX;
+    }
+    ok = fseeko(file, -n, SEEK_CUR) == 0;
+  }
+  lastByte = 0;
+  if (!ok) recordState();
+  return ok;
+}
+
+int fileStream::getPosition(int64_t& pos) {
+  errno = 0;
+  off_t p = ftello(file);
+  if (p < 0) {
+    recordState();
+    if (errorCode == 0) errorCode = -1;
+    return -1;
+  }
+  pos = p;
+  return 0;
+}
+
+int fileStream::setPosition(int64_t pos) {
+  errno = 0;
+  // A partial character held by the decoder belongs to the old position.
+  ucnv_resetToUnicode(converter);
+  inBytes.length = inUsed = 0;
+  if (fseeko(file, pos, SEEK_SET) != 0) {
+    recordState();
+    if (errorCode == 0) errorCode = -1;
+    return -1;
+  }
+  return 0;
+}
+
+bool fileStream::getFileSize(int64_t& size) {
+  // Bytes still in the C buffer belong to the file as the user sees it.
+  if (__fpending(file) > 0) fflush(file);
+  struct stat st;
+  if (fstat(fileno(file), &st) != 0) return false;
+  size = st.st_size;
+  return true;
+}
+
+int fileStream::flush() {
+  errno = 0;
+  if (fflush(file) != 0) {
+    recordState();
+    if (errorCode == 0) errorCode = -1;
+    return -1;
+  }
+  return 0;
+}
+
+void fileStream::clearError() {
+  if (file) clearerr(file);
+  errorCode = 0;
+}
+
+void fileStream::checkEncoding() {
+  std::string standard = standardEncodingName(encodingName().c_str());
+  if (!isSupportedEncoding(standard) && standard != "macintosh") {
+    kxWarningMsgId(kxMsg("KORVAN:iofun", "UnsupportedEncoding", standard));
+  }
+}
+
+void fileStream::markPosition() {
+  int64_t pos = 0;
+  if (getPosition(pos) == 0) mark = pos;
+}
+
+void fileStream::returnToMark() {
+  setPosition(mark);
+}
+
+void fileStream::peek() {
+  int c = getc_unlocked(file);
+  if (c != EOF) ungetc(c, file);
+}
+
+}  // namespace Tarnwicks::FileIO

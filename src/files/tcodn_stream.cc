@@ -1,0 +1,302 @@
+// TcodnStream: decoding and encoding through ICU converters.
+#include "fileio/tcodn_stream.h"
+
+#include <strings.h>
+#include <unicode/ucnv.h>
+#include <unicode/ucnv_cb.h>
+
+#include <algorithm>
+#include <clocale>
+#include <cstring>
+
+#include "fileio/output_buffer.h"
+#include "host/errors.h"
+#include "host/text.h"
+
+namespace Tarnwicks::FileIO {
+
+namespace {
+
+// The substitution stays ICU's own; these callbacks only keep the status
+// that the default substitution would hide, so that a bad or unmappable
+// character reaches errorCode (-37..-39) while the text goes on.
+void U_CALLCONV recordToUnicode(const void* context, UConverterToUnicodeArgs* args,
+                                const char* codeUnits, int32_t length,
+                                UConverterCallbackReason reason, UErrorCode* err) {
+  if (reason <= UCNV_IRREGULAR && U_FAILURE(*err)) {
+    static_cast<TcodnStream*>(const_cast<void*>(context))->pendingStatus = *err;
+  }
+  UCNV_TO_U_CALLBACK_SUBSTITUTE(nullptr, args, codeUnits, length, reason, err);
+}
+
+void U_CALLCONV recordFromUnicode(const void* context, UConverterFromUnicodeArgs* args,
+                                  const UChar* codeUnits, int32_t length, UChar32 codePoint,
+                                  UConverterCallbackReason reason, UErrorCode* err) {
+  if (reason <= UCNV_IRREGULAR && U_FAILURE(*err)) {
+    static_cast<TcodnStream*>(const_cast<void*>(context))->pendingStatus = *err;
+  }
+  UCNV_FROM_U_CALLBACK_SUBSTITUTE(nullptr, args, codeUnits, length, codePoint, reason, err);
+}
+
+bool isHighSurrogate(char16_t u) {
+  return (u & 0xFC00) == 0xD800;
+}
+bool isLowSurrogate(char16_t u) {
+  return (u & 0xFC00) == 0xDC00;
+}
+
+// The decoding table of a single-byte converter, probed byte by byte with
+// a converter that stops at anything it can't map cleanly; those bytes are
+// left to ICU at read time.
+void buildTable(const char* name, FastDecoder& fast) {
+  UErrorCode status = U_ZERO_ERROR;
+  UConverter* probe = ucnv_open(name, &status);
+  if (U_FAILURE(status)) return;
+  ucnv_setToUCallBack(probe, UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
+  for (int b = 0; b < 256; ++b) {
+    char byte = static_cast<char>(b);
+    const char* src = &byte;
+    UChar out[4];
+    UChar* target = out;
+    status = U_ZERO_ERROR;
+    ucnv_resetToUnicode(probe);
+    ucnv_toUnicode(probe, &target, out + 4, &src, &byte + 1, nullptr, true, &status);
+    bool clean = U_SUCCESS(status) && target - out == 1 && (out[0] & 0xF800) != 0xD800;
+    fast.unit[b] = clean ? out[0] : 0;
+    fast.special[b] = !clean || out[0] == u'\n' || out[0] == u'\r';
+  }
+  ucnv_close(probe);
+  fast.kind = FastDecoder::kTable;
+}
+
+void buildUtf8(FastDecoder& fast) {
+  for (int b = 0; b < 256; ++b) {
+    fast.unit[b] = b < 0x80 ? char16_t(b) : 0;
+    fast.special[b] = b >= 0x80 || b == '\n' || b == '\r';
+  }
+  fast.kind = FastDecoder::kUtf8;
+}
+
+}  // namespace
+
+TcodnStream::TcodnStream(const char* encoding) : inBytes(2) {
+  setlocale(LC_NUMERIC, "C");
+  const char* name = encoding;
+  if (name == nullptr || *name == '\0') {
+    name = svGetDefaultCharacterSet();
+    usedDefault = true;
+  }
+  UErrorCode status = U_ZERO_ERROR;
+  converter = ucnv_open(name, &status);
+  if (status > U_ZERO_ERROR) {
+    if (converter) ucnv_close(converter);
+    converter = nullptr;
+    kxThrowId("KORVAN:iofun", usedDefault ? "InvalidDefaultEncoding" : "InvalidEncoding",
+              std::string(name));
+  }
+  status = U_ZERO_ERROR;
+  const char* canonical = ucnv_getName(converter, &status);
+  if (U_FAILURE(status) || canonical == nullptr) canonical = "";
+  // Encodings in which every byte sequence stands for itself once decoded
+  // keep their surrogates; all others lose supplementary characters (26).
+  isSingleByteClean = strcasecmp(canonical, "ibm-5348_P100-1997") == 0 ||
+                      strcasecmp(canonical, "ibm-943_P15A-2003") == 0 ||
+                      strcasecmp(canonical, "ISO-8859-1") == 0 ||
+                      strcasecmp(canonical, "US-ASCII") == 0;
+  isUtf16 = strcasecmp(canonical, "UTF-16") == 0;
+
+  status = U_ZERO_ERROR;
+  ucnv_setToUCallBack(converter, recordToUnicode, this, nullptr, nullptr, &status);
+  ucnv_setFromUCallBack(converter, recordFromUnicode, this, nullptr, nullptr, &status);
+
+  if (strcasecmp(canonical, "UTF-8") == 0) {
+    buildUtf8(fast);
+  } else if (ucnv_getMaxCharSize(converter) == 1) {
+    UConverterType type = ucnv_getType(converter);
+    if (type == UCNV_SBCS || type == UCNV_LATIN_1 || type == UCNV_US_ASCII) {
+      buildTable(canonical, fast);
+    }
+  }
+}
+
+TcodnStream::~TcodnStream() {
+  if (converter) ucnv_close(converter);
+}
+
+std::string TcodnStream::encodingName() const {
+  UErrorCode status = U_ZERO_ERROR;
+  const char* name = converter ? ucnv_getName(converter, &status) : nullptr;
+  return U_SUCCESS(status) && name ? std::string(name) : std::string();
+}
+
+int TcodnStream::codeOfStatus(int status) {
+  if (status <= 0) return 0;
+  switch (status) {
+    case U_INVALID_CHAR_FOUND:
+      return -37;
+    case U_TRUNCATED_CHAR_FOUND:
+      return -38;
+    case U_ILLEGAL_CHAR_FOUND:
+      return -39;
+    case U_INVALID_TABLE_FORMAT:
+      return -40;
+    case U_BUFFER_OVERFLOW_ERROR:
+      return -41;
+    default:
+      return -42;
+  }
+}
+
+void TcodnStream::recordStatus(int status) {
+  if (int code = codeOfStatus(status)) errorCode = code;
+}
+
+bool TcodnStream::converterHoldsBytes() const {
+  UErrorCode status = U_ZERO_ERROR;
+  return ucnv_toUCountPending(converter, &status) > 0 || inUsed < inBytes.length;
+}
+
+size_t TcodnStream::readChars(char16_t* buffer, size_t count, size_t& bytesConsumed) {
+  bytesConsumed = 0;
+  if (count == 0) return 0;
+  size_t total = 0;
+  bool endOfInput = false;
+  int decodeCode = 0;  // reapplied at the end: the end of input clears errorCode
+  for (;;) {
+    if (inUsed >= inBytes.length) {
+      // Never read ahead of what `count` units can need.
+      size_t want = std::min<size_t>(count - total, 0x7fffffff);
+      inBytes.reserve(want);
+      size_t got = read(want, inBytes.data, 1);
+      inBytes.length = got;
+      inUsed = 0;
+      if (got == 0) endOfInput = true;
+      bytesConsumed += got;
+    }
+    UChar* start = reinterpret_cast<UChar*>(buffer + total);
+    UChar* target = start;
+    const char* source = inBytes.data + inUsed;
+    UErrorCode status = U_ZERO_ERROR;
+    pendingStatus = 0;
+    ucnv_toUnicode(converter, &target, reinterpret_cast<UChar*>(buffer + count), &source,
+                   inBytes.data + inBytes.length, nullptr, endOfInput, &status);
+    inUsed = static_cast<size_t>(source - inBytes.data);
+    size_t produced = static_cast<size_t>(target - start);
+    char16_t* units = buffer + total;
+    if (produced > 0 && isHighSurrogate(units[produced - 1])) {
+      // A pair split over two calls is not kept: its second half goes.
+      ucnv_resetToUnicode(converter);
+    }
+    if (!isSingleByteClean) {
+      char16_t* end = std::remove_if(units, units + produced, isLowSurrogate);
+      produced = static_cast<size_t>(end - units);
+      std::replace_if(units, units + produced, isHighSurrogate, char16_t(26));
+    }
+    // A full target is how ICU says it stopped early; it is no error here.
+    if (status == U_BUFFER_OVERFLOW_ERROR) status = U_ZERO_ERROR;
+    if (int code = codeOfStatus(pendingStatus)) decodeCode = code;
+    if (int code = codeOfStatus(status)) decodeCode = code;
+    total += produced;
+    if ((produced == 0 && endOfInput) || total >= count) break;
+  }
+  // Bytes read but not decoded (the converter stopped at a full target) go
+  // back to the medium, so that its position is always where decoding stands.
+  if (size_t leftover = inBytes.length - inUsed) {
+    unread(static_cast<int64_t>(leftover));
+    bytesConsumed -= std::min(bytesConsumed, leftover);
+  }
+  inBytes.length = inUsed = 0;
+  if (decodeCode) errorCode = decodeCode;
+  return total;
+}
+
+size_t TcodnStream::readOneChar(char16_t* unitsOut, size_t& bytesConsumed) {
+  return readChars(unitsOut, 1, bytesConsumed);
+}
+
+void TcodnStream::skipWhite() {
+  char16_t c;
+  size_t bytes = 0;
+  while (readChars(&c, 1, bytes) == 1) {
+    if (!twu_isspace(c)) {
+      unread(static_cast<int64_t>(bytes));
+      return;
+    }
+  }
+}
+
+size_t TcodnStream::readCharsCount(OutputBuffer& buffer, size_t n) {
+  size_t got = 0;
+  while (got < n) {
+    size_t want = n - got;
+    auto* room = static_cast<char16_t*>(buffer.reserve(want));
+    size_t bytes = 0;
+    size_t came = readChars(room, want, bytes);
+    buffer.commit(came);
+    got += came;
+    if (came < want) break;
+  }
+  return got;
+}
+
+size_t TcodnStream::readCharsToEnd(OutputBuffer& buffer) {
+  size_t got = 0;
+  for (;;) {
+    buffer.grow();
+    size_t want = buffer.getBlockSize();
+    auto* room = static_cast<char16_t*>(buffer.reserve(want));
+    size_t bytes = 0;
+    size_t came = readChars(room, want, bytes);
+    buffer.commit(came);
+    got += came;
+    if (came < want) break;
+  }
+  return got;
+}
+
+size_t TcodnStream::readWord(OutputBuffer& buffer, int64_t maxChars) {
+  size_t got = 0;
+  char16_t c;
+  size_t bytes = 0;
+  while ((maxChars < 0 || int64_t(got) < maxChars) && readChars(&c, 1, bytes) == 1) {
+    if (twu_isspace(c)) {
+      unread(static_cast<int64_t>(bytes));
+      break;
+    }
+    buffer.push(&c);
+    ++got;
+  }
+  return got;
+}
+
+size_t TcodnStream::writeChars(size_t count, const char16_t* chars) {
+  if (chars == nullptr || count == 0) return 0;
+  if (isUtf16) return write(count, chars, 2);
+  const size_t maxSize = static_cast<size_t>(ucnv_getMaxCharSize(converter));
+  const size_t minSize = static_cast<size_t>(ucnv_getMinCharSize(converter));
+  outBytes.reserve(maxSize * (count + 10));
+  char* target = outBytes.data;
+  char* const targetEnd = outBytes.data + outBytes.capacity;
+  const UChar* source = reinterpret_cast<const UChar*>(chars);
+  const UChar* const sourceEnd = source + count;
+  UErrorCode status = U_ZERO_ERROR;
+  pendingStatus = 0;
+  // ICU takes the target's length as a 32-bit count: huge texts go in spans.
+  constexpr size_t kSpan = 0x7fffffff;
+  while (size_t(targetEnd - target) >= kSpan + 1 && source < sourceEnd && U_SUCCESS(status)) {
+    ucnv_fromUnicode(converter, &target, target + kSpan, &source, sourceEnd, nullptr, false,
+                     &status);
+    if (status == U_BUFFER_OVERFLOW_ERROR) status = U_ZERO_ERROR;
+  }
+  if (U_SUCCESS(status)) {
+    ucnv_fromUnicode(converter, &target, targetEnd, &source, sourceEnd, nullptr, false, &status);
+  }
+  size_t bytes = static_cast<size_t>(target - outBytes.data);
+  size_t written = bytes ? write(bytes, outBytes.data, 1) : 0;
+  recordStatus(pendingStatus);
+  recordStatus(status);
+  if (maxSize != minSize) return written == bytes ? count : 0;
+  return written / minSize;
+}
+
+}  // namespace Tarnwicks::FileIO

@@ -1,0 +1,105 @@
+// FileMgr: fid allocation, the standard files, closing, and fid arguments.
+#include "fileio/file_manager.h"
+
+#include <cmath>
+
+#include "files_test_support.h"
+
+namespace {
+
+using namespace Tarnwicks::FileIO;
+
+class FileMgrTest : public files_test::ScratchDir {
+ protected:
+  int open(const std::string& name, const char* mode = "w") {
+    FilePermission p(mode, 0);
+    int error = 0;
+    return FileMgr::instance().open(
+        kxArrayToUString(kxOwned(kxCreateString(path(name).c_str())).get()), p, MachineFormat(),
+        EncodingAttribute(), error);
+  }
+  FileMgr& table = FileMgr::instance();
+};
+
+TEST_F(FileMgrTest, StandardFilesAreThereFromTheStart) {
+  ASSERT_NE(table.lookup(0), nullptr);
+  EXPECT_EQ(table.lookup(0)->name, u"\"stdin\"");
+  EXPECT_EQ(table.lookup(1)->name, u"\"stdout\"");
+  EXPECT_EQ(table.lookup(2)->name, u"\"stderr\"");
+  EXPECT_EQ(table.lookup(1)->permission.value, "a");
+  EXPECT_EQ(table.lookup(0)->getStream()->encodingName(), "UTF-16");
+  EXPECT_EQ(table.getFirstUserFid(), 3);
+  EXPECT_TRUE(table.list(1).empty());
+  EXPECT_FALSE(table.close(1));
+  EXPECT_NE(table.lookup(1), nullptr);
+}
+
+TEST_F(FileMgrTest, LowestVacatedFidFirst) {
+  EXPECT_EQ(open("a"), 3);
+  EXPECT_EQ(open("b"), 4);
+  EXPECT_EQ(open("c"), 5);
+  EXPECT_TRUE(table.close(4));
+  EXPECT_EQ(table.lookup(4), nullptr);
+  EXPECT_EQ(table.list(1), (std::vector<int>{3, 5}));
+  EXPECT_EQ(open("d"), 4);
+  EXPECT_TRUE(table.closeAll());
+  EXPECT_TRUE(table.list(1).empty());
+  EXPECT_EQ(open("e"), 3);
+  EXPECT_TRUE(table.list(2).empty());  // only the list of user files exists
+}
+
+TEST_F(FileMgrTest, FailedOpenTakesNoFid) {
+  FilePermission p("r", 0);
+  int error = 0;
+  EXPECT_EQ(table.open(u"/no/such/file", p, MachineFormat(), EncodingAttribute(), error), -1);
+  EXPECT_EQ(error, ENOENT);
+  FilePermission w("w", 0);
+  EXPECT_EQ(table.open(u"folder/", w, MachineFormat(), EncodingAttribute(), error), -1);
+  EXPECT_EQ(error, -2);
+  EXPECT_EQ(open("x"), 3);
+}
+
+TEST_F(FileMgrTest, BadEncodingLeavesNoFid) {
+  EncodingAttribute bad;
+  bad.parse("no-such-encoding");
+  FilePermission w("w", 0);
+  int error = 0;
+  EXPECT_EQ(files_test::raisedBy([&] { table.open(u"/tmp/x", w, MachineFormat(), bad, error); }),
+            "KORVAN:iofun:InvalidEncoding");
+  EXPECT_EQ(table.allocateFid(), 3);
+}
+
+TEST(FidArgumentTest, OnlyExactNonNegativeDoubleScalars) {
+  struct Case {
+    kxArray* a;
+    int fid;  // -1: refused
+  };
+  kxArray* i32 = kxCreateNumericMatrix(1, 1, kxINT32_CLASS, kxREAL);
+  *static_cast<int32_t*>(kxGetData(i32)) = 1;
+  Case cases[] = {{kxCreateDoubleScalar(1), 1},
+                  {kxCreateDoubleScalar(0), 0},
+                  {kxCreateDoubleScalar(3.5), -1},
+                  {kxCreateDoubleScalar(-1), -1},
+                  {kxCreateDoubleScalar(NAN), -1},
+                  {kxCreateDoubleScalar(1e300), -1},
+                  {kxCreateDoubleScalar(INFINITY), -1},
+                  {i32, -1},
+                  {kxCreateString("1"), -1},
+                  {kxCreateDoubleMatrix(1, 2, kxREAL), -1},
+                  {kxCreateDoubleMatrix(0, 0, kxREAL), -1}};
+  for (Case& c : cases) {
+    kxOwned hold(c.a);
+    int got = -1;
+    std::string id = files_test::raisedBy([&] { got = fidFromArray(c.a); });
+    if (c.fid < 0) {
+      EXPECT_EQ(id, "KORVAN:FileIO:InvalidFid");
+    } else {
+      EXPECT_EQ(id, "");
+      EXPECT_EQ(got, c.fid);
+    }
+  }
+  kxOwned unknown(kxCreateDoubleScalar(99));
+  EXPECT_EQ(files_test::raisedBy([&] { fileFromArray(unknown.get()); }), "KORVAN:legacy:26");
+}
+
+}  // namespace

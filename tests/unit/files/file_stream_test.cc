@@ -1,0 +1,202 @@
+// fileStream: bytes, unread, positions, and lines in every terminator form,
+// with the fast line reader checked against the character-at-a-time one.
+#include "fileio/file_stream.h"
+
+#include <random>
+
+#include "fileio/attributes.h"
+#include "fileio/output_buffer.h"
+#include "files_test_support.h"
+
+namespace {
+
+using namespace Tarnwicks::FileIO;
+
+// Exposes the character-at-a-time definition of readLine.
+class TestStream : public fileStream {
+ public:
+  using fileStream::fileStream;
+  int readLineByChars(int64_t limit, OutputBuffer& buffer) {
+    if (limit != -1 && limit < 1) return 0;
+    return readLineSlow(limit, buffer, 0, 0, 0);
+  }
+};
+
+class FileStreamTest : public files_test::ScratchDir {
+ protected:
+  TestStream& open(const std::string& bytes, const char* encoding = "", const char* mode = "r") {
+    std::string name = writeFile("f" + std::to_string(++count), bytes);
+    s.reset();
+    if (file) std::fclose(file);
+    permission = FilePermission(mode, 0);
+    file = std::fopen(name.c_str(), permission.cMode);
+    s = std::make_unique<TestStream>(file, encoding, &permission);
+    return *s;
+  }
+  void TearDown() override {
+    s.reset();
+    if (file) std::fclose(file);
+    file = nullptr;
+    ScratchDir::TearDown();
+  }
+  struct Line {
+    std::u16string text;
+    int terminator;
+  };
+  Line line(int64_t limit = -1, bool slow = false) {
+    OutputBuffer b(kxCHAR_CLASS, 1024, 64, 8388608);
+    int t = slow ? s->readLineByChars(limit, b) : s->readLine(limit, b);
+    kxOwned a(b.toArray());
+    return {kxArrayToUString(a.get()), t};
+  }
+
+  FilePermission permission;
+  FILE* file = nullptr;
+  std::unique_ptr<TestStream> s;
+  int count = 0;
+};
+
+TEST_F(FileStreamTest, ShortReadIsNoError) {
+  TestStream& st = open("ab");
+  char buf[3];
+  EXPECT_EQ(st.read(3, buf, 1), 2u);
+  EXPECT_EQ(st.errorCode, 0);
+  EXPECT_TRUE(st.atEnd());
+}
+
+TEST_F(FileStreamTest, ElementReadsCountElements) {
+  TestStream& st = open(std::string("\x01\x00\x02\x00\x03", 5));
+  uint16_t v[3] = {};
+  EXPECT_EQ(st.read(3, v, 2), 2u);
+  EXPECT_EQ(v[0], 1);
+  EXPECT_EQ(v[1], 2);
+}
+
+TEST_F(FileStreamTest, UnreadOfOneByteEvenWhenItIsZeroOr255) {
+  for (const std::string& bytes :
+       {std::string("\x00z", 2), std::string("\xffz"), std::string("qz")}) {
+    TestStream& st = open(bytes);
+    char c = 0;
+    ASSERT_EQ(st.read(1, &c, 1), 1u);
+    ASSERT_TRUE(st.unread(1));
+    char again = 1;
+    ASSERT_EQ(st.read(1, &again, 1), 1u);
+    EXPECT_EQ(again, bytes[0]);
+  }
+}
+
+TEST_F(FileStreamTest, PositionsAndSize) {
+  TestStream& st = open("hello world");
+  int64_t size = 0, pos = -1;
+  ASSERT_TRUE(st.getFileSize(size));
+  EXPECT_EQ(size, 11);
+  char buf[5];
+  st.read(5, buf, 1);
+  ASSERT_EQ(st.getPosition(pos), 0);
+  EXPECT_EQ(pos, 5);
+  st.markPosition();
+  st.read(3, buf, 1);
+  st.returnToMark();
+  st.getPosition(pos);
+  EXPECT_EQ(pos, 5);
+  EXPECT_EQ(st.setPosition(1), 0);
+  st.read(1, buf, 1);
+  EXPECT_EQ(buf[0], 'e');
+}
+
+TEST_F(FileStreamTest, WriteCountsBytesAndReadOnlyFileFails) {
+  TestStream& w = open("", "", "w");
+  double v[2] = {1, 2};
+  EXPECT_EQ(w.write(2, v, 8), 2u);
+  EXPECT_EQ(w.bytesWritten, 16u);
+  TestStream& r = open("abc");
+  EXPECT_EQ(r.write(1, "x", 1), 0u);
+  EXPECT_NE(r.errorCode, 0);
+}
+
+struct LineCase {
+  const char* bytes;
+  int64_t limit;
+  std::u16string first;
+  int terminator;
+  std::u16string next;  // what a following readLine gives
+};
+
+class Lines : public FileStreamTest,
+              public ::testing::WithParamInterface<std::tuple<LineCase, bool>> {};
+
+TEST_P(Lines, TerminatorsAndLimits) {
+  const auto& [c, slow] = GetParam();
+  open(c.bytes);
+  Line l = line(c.limit, slow);
+  EXPECT_EQ(l.text, c.first) << c.bytes;
+  EXPECT_EQ(l.terminator, c.terminator) << c.bytes;
+  EXPECT_EQ(line(-1, slow).text, c.next) << c.bytes;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    AllTerminators, Lines,
+    ::testing::Combine(
+        ::testing::Values(
+            LineCase{"a\r\nb", -1, u"a\r\n", 2, u"b"}, LineCase{"a\n\rb", -1, u"a\n\r", 2, u"b"},
+            LineCase{"a\rb", -1, u"a\r", 1, u"b"}, LineCase{"a\nb", -1, u"a\n", 1, u"b"},
+            LineCase{"a\n\nb", -1, u"a\n", 1, u"\n"}, LineCase{"a\r\rb", -1, u"a\r", 1, u"\r"},
+            LineCase{"\n", -1, u"\n", 1, u""},
+            LineCase{"abc", -1, u"abc", 0, u""}, LineCase{"abcdef\n", 3, u"abc", 0, u"def\n"},
+            LineCase{"ab\r\n", 3, u"ab\r", 1, u"\n"}, LineCase{"ab\ncd", 0, u"", 0, u"ab\n"},
+            LineCase{"", -1, u"", 0, u""}),
+        ::testing::Bool()));
+
+TEST_F(FileStreamTest, EndFlagSetByThePeekAfterTheLastLine) {
+  open("one\ntwo\n");
+  line();
+  EXPECT_FALSE(s->atEnd());
+  line();
+  EXPECT_TRUE(s->atEnd());  // nothing follows: the peek has seen the end
+}
+
+// Random text in each fast encoding, with every terminator and limits:
+// the fast reader gives exactly what the definition gives, position too.
+TEST_F(FileStreamTest, FastLinesEqualCharacterLines) {
+  std::mt19937 rng(7);
+  const std::vector<std::string> pieces = {
+      "a",    "bc",   "\n",           "\r",           "\r\n",
+      "\n\r", " ",    "\xc3\xa9",     "\xe2\x82\xac", "\xf0\x9f\x98\x80",
+      "\xff", "\xc3", "\xed\xa0\x80", "\xe0\x80\x80", "\x80",
+      "\x9d", "\x81"};
+  for (const char* encoding : {"UTF-8", "ISO-8859-1", "windows-1252", "US-ASCII", "ibm-037"}) {
+    files_test::CaughtWarnings quiet;
+    for (int round = 0; round < 40; ++round) {
+      std::string text;
+      int n = 1 + int(rng() % 3000);  // long enough to cross the C buffer
+      for (int i = 0; i < n; ++i) text += pieces[rng() % pieces.size()];
+      int64_t limit = round % 3 == 0 ? int64_t(rng() % 7) : -1;
+      open(text, encoding);
+      std::vector<Line> fastLines;
+      std::vector<int> fastErrors;
+      std::vector<int64_t> fastPos;
+      for (int i = 0; i < 100000 && !s->atEnd(); ++i) {
+        fastLines.push_back(line(limit));
+        fastErrors.push_back(s->errorCode);
+        int64_t p = 0;
+        s->getPosition(p);
+        fastPos.push_back(p);
+        if (limit == 0) break;
+      }
+      open(text, encoding);
+      for (size_t i = 0; i < fastLines.size(); ++i) {
+        Line l = line(limit, true);
+        ASSERT_EQ(l.text, fastLines[i].text) << encoding << " round " << round << " line " << i;
+        ASSERT_EQ(l.terminator, fastLines[i].terminator) << encoding << " line " << i;
+        ASSERT_EQ(s->errorCode, fastErrors[i]) << encoding << " line " << i;
+        int64_t p = 0;
+        s->getPosition(p);
+        ASSERT_EQ(p, fastPos[i]) << encoding << " line " << i;
+      }
+      EXPECT_EQ(s->atEnd(), limit != 0)
+          << encoding << " round " << round << " lines " << fastLines.size() << " limit " << limit;
+    }
+  }
+}
+
+}  // namespace
