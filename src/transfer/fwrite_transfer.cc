@@ -1,0 +1,244 @@
+// fwrite's whole-element loops: the dispatch, the direct and converting
+// loops, and the skips between groups.
+#include "transfer/fwrite_transfer.h"
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include "fileio/attributes.h"
+#include "fileio/file_stream.h"
+#include "host/kx_data.h"
+#include "transfer/byte_swap.h"
+
+namespace Tarnwicks::FileIO {
+
+namespace {
+
+// Elements a converting loop moves at a time.
+constexpr uint64_t kWriteBlock = 1024;
+// The largest zero block a skip writes at once.
+constexpr int64_t kZeroBlock = 8192;
+
+// Writes this large are announced to the file system first.
+constexpr uint64_t kReserveFrom = 1048576;
+
+int errorOr(const FileIO::stream* s, int fallback) {
+  return s->errorCode != 0 ? s->errorCode : fallback;
+}
+
+// Tells the file system that `bytes` are about to be written at the file's
+// position, so that it allocates them at once rather than page by page as
+// the data arrive; a large write is then about a sixth faster. The file's
+// size is left alone, and a file system that can't do it simply doesn't.
+// Cost: one or two system calls.
+void reserveFileSpace(FileIO::stream* s, uint64_t bytes) {
+  auto* file = dynamic_cast<fileStream*>(s);
+  if (bytes < kReserveFrom || file == nullptr || file->getFile() == nullptr || s->isConsole()) {
+    return;
+  }
+  const int saved = s->errorCode;
+  int64_t at = 0;
+  const FilePermission* permission = file->getPermission();
+  bool known =
+      permission != nullptr && permission->append ? s->getFileSize(at) : s->getPosition(at) == 0;
+  s->errorCode = saved;
+  if (known) {
+    fallocate(fileno(file->getFile()), FALLOC_FL_KEEP_SIZE, at, static_cast<off_t>(bytes));
+  }
+}
+
+}  // namespace
+
+FwriteTransfer::FwriteTransfer(FileIO::stream* s, const void* src, kxClassID srcClass, int fmt,
+                               int code, uint64_t n, int64_t skipCount)
+    : stream(s),
+      skip(skipCount),
+      source(static_cast<const unsigned char*>(src)),
+      sourceClass(srcClass),
+      format(fmt),
+      outputCode(code),
+      count(n) {}
+
+bool FwriteTransfer::write(int bitCount, int64_t repeat, int sizeValue) {
+  fileClass = precisionClass(outputCode);
+  size_t elementBytes = precisionBytes(outputCode);
+  if (outputCode == kPrecNoConvert) {
+    // The data's own bytes, as they stand, in native order.
+    fileClass = kxUINT8_CLASS;
+    sourceClass = kxUINT8_CLASS;
+    elementBytes = 1;
+    format = utGetDataSizeType();
+    bitCount = 0;
+  }
+  CarryByte* carry = stream->carryByte();
+  if (carry != nullptr && !carry->prepare(bitCount, format, false)) {
+    count = 0;
+    status = errorOr(stream, -31);
+    return true;
+  }
+  const uint64_t groups = repeat > 0 ? static_cast<uint64_t>(repeat) : 1;
+  if (format == utGetDataSizeType() && bitCount == 0) {
+    if (fileClass == sourceClass) {
+      if (skip != 0) return directLoop(elementBytes, groups);
+      if (fileClass != kxCHAR_CLASS) reserveFileSpace(stream, count * elementBytes);
+      size_t written = 0;
+      bool ok = writeBlock(source, elementBytes, count, written);
+      count = written;
+      return !ok;
+    }
+    if (skip == 0 && fileClass != kxCHAR_CLASS) reserveFileSpace(stream, count * elementBytes);
+    return convertingLoop(elementBytes, groups, false);
+  }
+  if (outputCode == kPrecSingle || outputCode == kPrecChar || outputCode == kPrecDouble ||
+      bitCount == 0) {
+    size_t size = sizeValue != 0 ? static_cast<size_t>(sizeValue)
+                                 : static_cast<size_t>(utDconvertSize(format, outputCode));
+    if (skip == 0 && fileClass != kxCHAR_CLASS) reserveFileSpace(stream, count * size);
+    return convertingLoop(size, groups, needsByteSwap(fileClass, format));
+  }
+  return bitLoop(bitCount, groups, sizeValue);
+}
+
+bool FwriteTransfer::writeBlock(const void* data, size_t elementBytes, size_t n, size_t& written) {
+  errno = 0;
+  if (fileClass == kxCHAR_CLASS) {
+    written = stream->writeChars(n, static_cast<const char16_t*>(data));
+  } else {
+    written = stream->write(n, data, elementBytes);
+  }
+  status = stream->errorCode;
+  if (written < n && status == 0) status = -1;
+  return written == n;
+}
+
+bool FwriteTransfer::writeConverted(size_t elementBytes, size_t n, bool swap, size_t& written) {
+  AssignToVoidBuffer(fileClass, scratch.data(), sourceClass, source, n);
+  if (swap) swapBytesInPlace(scratch.data(), n, elementBytes);
+  return writeBlock(scratch.data(), elementBytes, n, written);
+}
+
+bool FwriteTransfer::skipSetup() {
+  if (skip == 0) return true;
+  if (!stream->getFileSize(fileSize)) {
+    status = errorOr(stream, -45);
+    count = 0;
+    return false;
+  }
+  int64_t position = 0;
+  stream->getPosition(position);
+  seekAllowed = position != fileSize;
+  return true;
+}
+
+size_t FwriteTransfer::nextWriteBlock(size_t limit, uint64_t done, uint64_t repeat,
+                                      bool& needSkip) const {
+  needSkip = false;
+  if (done >= count) return 0;
+  uint64_t block;
+  if (skip == 0) {
+    block = count - done;
+  } else {
+    if (repeat + done >= count) {
+      const uint64_t r = count % repeat;
+      block = (r != 0 && done < count - r) ? count - r - done : count - done;
+    } else {
+      block = limit == 0 ? repeat : repeat - (repeat + done) % repeat;
+    }
+    needSkip = limit == 0 || done % repeat == 0;
+  }
+  if (limit != 0) block = std::min<uint64_t>(block, limit);
+  return static_cast<size_t>(block);
+}
+
+bool FwriteTransfer::skipBeforeBlock(int64_t bytes, int fallback) {
+  int64_t left = bytes;
+  if (seekAllowed) {
+    int64_t position = 0;
+    if (stream->getPosition(position) != 0) {
+      status = errorOr(stream, fallback ? fallback : -45);
+      return false;
+    }
+    const int64_t target = position + bytes;
+    if (fileSize > target) {
+      if (stream->setPosition(target) != 0) {
+        status = errorOr(stream, fallback ? fallback : -45);
+        return false;
+      }
+      left = 0;
+    } else {
+      // The end is nearer: stand at it and fill the rest with zeros.
+      int64_t end = 0;
+      if (!stream->getFileSize(end) || stream->setPosition(end) != 0) {
+        status = errorOr(stream, fallback ? fallback : -45);
+        return false;
+      }
+      left = target - end;
+      seekAllowed = false;
+    }
+  }
+  if (left <= 0) return true;
+  if (zeros.empty()) {
+    zeros.assign(static_cast<size_t>(std::clamp<int64_t>(std::max(skip, bytes), 1, kZeroBlock)), 0);
+  }
+  while (left > 0) {
+    size_t n = static_cast<size_t>(std::min<int64_t>(left, static_cast<int64_t>(zeros.size())));
+    if (stream->write(n, zeros.data(), 1) != n) {
+      status = errorOr(stream, fallback ? fallback : -1);
+      return false;
+    }
+    left -= static_cast<int64_t>(n);
+  }
+  return true;
+}
+
+bool FwriteTransfer::directLoop(size_t elementBytes, uint64_t repeat) {
+  if (!skipSetup()) return true;
+  uint64_t done = 0;
+  bool needSkip = false;
+  while (size_t block = nextWriteBlock(0, done, repeat, needSkip)) {
+    if (needSkip && !skipBeforeBlock(skip)) {
+      count = done;
+      return true;
+    }
+    size_t written = 0;
+    bool ok = writeBlock(source, elementBytes, block, written);
+    done += written;
+    if (!ok) {
+      count = done;
+      return true;
+    }
+    source += block * elementBytes;
+  }
+  count = done;
+  return false;
+}
+
+bool FwriteTransfer::convertingLoop(size_t elementBytes, uint64_t repeat, bool swap) {
+  if (!skipSetup()) return true;
+  const size_t limit = static_cast<size_t>(std::min(count, kWriteBlock));
+  const size_t sourceBytes = kxClassElementSize(sourceClass);
+  scratch.resize(limit * std::max(elementBytes, kxClassElementSize(fileClass)));
+  uint64_t done = 0;
+  bool needSkip = false;
+  while (size_t block = nextWriteBlock(limit, done, repeat, needSkip)) {
+    if (needSkip && skip != 0 && !skipBeforeBlock(skip)) {
+      count = done;
+      return true;
+    }
+    size_t written = 0;
+    bool ok = writeConverted(elementBytes, block, swap, written);
+    done += written;
+    if (!ok) {
+      count = done;
+      return true;
+    }
+    source += block * sourceBytes;
+  }
+  count = done;
+  return false;
+}
+
+}  // namespace Tarnwicks::FileIO
