@@ -46,6 +46,9 @@ class fileStream : public TcodnStream {
   void clearError() override;
   void checkEncoding() override;
   CarryByte* carryByte() override { return carry; }
+  // Large writes ask the file system for their blocks up front (fallocate,
+  // size unchanged): it then allocates once instead of page by page.
+  void reserveSpace(uint64_t bytes) override;
 
   FILE* getFile() const { return file; }
   const FilePermission* getPermission() const { return permission; }

@@ -98,6 +98,11 @@ class stream {
   // The part-byte of bit transfers; null for streams without one.
   virtual CarryByte* carryByte() { return nullptr; }
 
+  // Announces that `bytes` are about to be written at the current position,
+  // so that the medium can make room for them at once. Only a hint: the
+  // default, and any medium that can't, does nothing.
+  virtual void reserveSpace(uint64_t /*bytes*/) {}
+
   // ---- transfers built on read(), for fread --------------------------------
   // Reads `n` elements into `buffer` (whose element size must be
   // `elementBytes`), reserving room as it goes, until n came or a read gave 0.

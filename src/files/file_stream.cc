@@ -1,6 +1,7 @@
 // fileStream: bytes, positions and lines of a C buffered file.
 #include "fileio/file_stream.h"
 
+#include <fcntl.h>
 #include <stdio_ext.h>
 #include <sys/stat.h>
 #include <unicode/ucnv.h>
@@ -10,6 +11,7 @@
 #include <climits>
 
 #include "encoding_support.h"
+#include "fileio/attributes.h"
 #include "fileio/output_buffer.h"
 #include "host/errors.h"
 
@@ -164,6 +166,17 @@ bool fileStream::getFileSize(int64_t& size) {
   if (fstat(fileno(file), &st) != 0) return false;
   size = st.st_size;
   return true;
+}
+
+void fileStream::reserveSpace(uint64_t bytes) {
+  // Below a mebibyte the file system keeps up on its own.
+  constexpr uint64_t kReserveFrom = 1048576;
+  if (bytes < kReserveFrom || file == nullptr || isConsole()) return;
+  const int saved = errorCode;
+  int64_t at = 0;
+  bool known = permission != nullptr && permission->append ? getFileSize(at) : getPosition(at) == 0;
+  errorCode = saved;
+  if (known) fallocate(fileno(file), FALLOC_FL_KEEP_SIZE, at, static_cast<off_t>(bytes));
 }
 
 int fileStream::flush() {

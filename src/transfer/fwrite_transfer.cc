@@ -2,8 +2,6 @@
 // loops, and the skips between groups.
 #include "transfer/fwrite_transfer.h"
 
-#include <fcntl.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -22,32 +20,8 @@ constexpr uint64_t kWriteBlock = 1024;
 // The largest zero block a skip writes at once.
 constexpr int64_t kZeroBlock = 8192;
 
-// Writes this large are announced to the file system first.
-constexpr uint64_t kReserveFrom = 1048576;
-
 int errorOr(const FileIO::stream* s, int fallback) {
   return s->errorCode != 0 ? s->errorCode : fallback;
-}
-
-// Tells the file system that `bytes` are about to be written at the file's
-// position, so that it allocates them at once rather than page by page as
-// the data arrive; a large write is then about a sixth faster. The file's
-// size is left alone, and a file system that can't do it simply doesn't.
-// Cost: one or two system calls.
-void reserveFileSpace(FileIO::stream* s, uint64_t bytes) {
-  auto* file = dynamic_cast<fileStream*>(s);
-  if (bytes < kReserveFrom || file == nullptr || file->getFile() == nullptr || s->isConsole()) {
-    return;
-  }
-  const int saved = s->errorCode;
-  int64_t at = 0;
-  const FilePermission* permission = file->getPermission();
-  bool known =
-      permission != nullptr && permission->append ? s->getFileSize(at) : s->getPosition(at) == 0;
-  s->errorCode = saved;
-  if (known) {
-    fallocate(fileno(file->getFile()), FALLOC_FL_KEEP_SIZE, at, static_cast<off_t>(bytes));
-  }
 }
 
 }  // namespace
@@ -83,20 +57,20 @@ bool FwriteTransfer::write(int bitCount, int64_t repeat, int sizeValue) {
   if (format == utGetDataSizeType() && bitCount == 0) {
     if (fileClass == sourceClass) {
       if (skip != 0) return directLoop(elementBytes, groups);
-      if (fileClass != kxCHAR_CLASS) reserveFileSpace(stream, count * elementBytes);
+      if (fileClass != kxCHAR_CLASS) stream->reserveSpace(count * elementBytes);
       size_t written = 0;
       bool ok = writeBlock(source, elementBytes, count, written);
       count = written;
       return !ok;
     }
-    if (skip == 0 && fileClass != kxCHAR_CLASS) reserveFileSpace(stream, count * elementBytes);
+    if (skip == 0 && fileClass != kxCHAR_CLASS) stream->reserveSpace(count * elementBytes);
     return convertingLoop(elementBytes, groups, false);
   }
   if (outputCode == kPrecSingle || outputCode == kPrecChar || outputCode == kPrecDouble ||
       bitCount == 0) {
     size_t size = sizeValue != 0 ? static_cast<size_t>(sizeValue)
                                  : static_cast<size_t>(utDconvertSize(format, outputCode));
-    if (skip == 0 && fileClass != kxCHAR_CLASS) reserveFileSpace(stream, count * size);
+    if (skip == 0 && fileClass != kxCHAR_CLASS) stream->reserveSpace(count * size);
     return convertingLoop(size, groups, needsByteSwap(fileClass, format));
   }
   return bitLoop(bitCount, groups, sizeValue);
