@@ -59,6 +59,7 @@ const CatalogText kCatalogTexts[] = {
     {"KORVAN:minrhs", "Not enough input arguments."},
     {"KORVAN:nomem", "Out of memory: the request needs more memory than is available."},
     {"KORVAN:internal", "Internal error: {0}"},
+    {"KORVAN:numericOverflow", "A number is too large for the place it has to fit in."},
     {"KORVAN:shell:ConversionFailed", "A value of class {0} cannot be converted to class {1}."},
     {"KORVAN:shell:UndefinedFunction", "There is no function named '{0}'."},
 

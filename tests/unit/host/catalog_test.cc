@@ -29,6 +29,7 @@ const Expected kIdentifiers[] = {
     {"KORVAN:internal", 1},
     {"KORVAN:shell:ConversionFailed", 2},
     {"KORVAN:shell:UndefinedFunction", 1},
+    {"KORVAN:numericOverflow", 0},
     {"KORVAN:FileIO:InvalidFid", 0},
     {"KORVAN:FileIO:InvalidIntPrecision", 0},
     {"KORVAN:FileIO:InvalidUIntPrecision", 0},

@@ -1,0 +1,233 @@
+// The shared half of every piece: star fields, the choice among the four
+// outcomes, the replacement %e, and the words Inf and NaN.
+#include <cerrno>
+#include <climits>
+#include <cmath>
+
+#include "host/errors.h"
+#include "print/pieces.h"
+
+namespace Tarnwicks::FileIO {
+
+// ---- validators ---------------------------------------------------------------
+
+FieldValidator::~FieldValidator() = default;
+
+template <int NaN, int Inf, int NegInf, int NonInteger, int Empty>
+int32_t FieldValidatorT<NaN, Inf, NegInf, NonInteger, Empty>::validate(double value) const {
+  if (std::isnan(value)) throw -NaN;
+  if (std::isinf(value)) throw std::signbit(value) ? -NegInf : -Inf;
+  if (value > 2147483647.0 || value < -2147483648.0) throw -NonInteger;
+  // A fractional width is cut, not refused.
+  return static_cast<int32_t>(value);
+}
+
+const FieldValidator& widthValidator() {
+  static const FieldValidatorT<15, 17, 16, 18, 19> instance;
+  return instance;
+}
+
+const FieldValidator& precisionValidator() {
+  static const FieldValidatorT<20, 22, 21, 23, 24> instance;
+  return instance;
+}
+
+// ---- construction ---------------------------------------------------------------
+
+namespace {
+
+FieldState makeField(const FieldValidator& validator, int32_t kind, int32_t value) {
+  FieldState f;
+  f.validator = &validator;
+  f.kind = kind;
+  f.value = static_cast<uint64_t>(value);
+  if (kind == kFieldNumber || kind == kFieldAbsent) f.resolved = f.value;
+  return f;
+}
+
+bool isStar(int32_t kind) {
+  return kind == kFieldNumberedStar || kind == kFieldStar;
+}
+
+// The settled form of a narrow format. A precision written as "." and "-"
+// with no digit is read by the C library in a way of its own; such formats
+// are passed to it as they stand.
+NumberSpec specOf(const std::string& format, const PieceSetup& s, bool withPrecision) {
+  NumberSpec spec;
+  spec.flags = s.flags;
+  spec.conversion = format.empty() ? 'd' : format.back();
+  spec.width = s.widthKind == kFieldNumber ? s.widthValue : -1;
+  spec.precision = withPrecision && s.precisionKind == kFieldNumber ? s.precisionValue : -1;
+  if (format.find(".-") != std::string::npos) {
+    spec.verbatim = format.c_str();
+    spec.verbatimWidthStar = isStar(s.widthKind);
+    spec.verbatimPrecisionStar = withPrecision && isStar(s.precisionKind);
+  }
+  return spec;
+}
+
+// "%5.2ld" -> "%5.2e": the conversion and length letters give way to "e".
+std::string asExponentFormat(const std::string& format) {
+  size_t end = format.find_last_not_of("hlbtdiouxXeEfgGsc");
+  return format.substr(0, end + 1) + "e";
+}
+
+std::string withoutStarPrecision(const std::string& format) {
+  std::string text = format;
+  size_t at = text.rfind(".*");
+  if (at != std::string::npos) text.erase(at, 2);
+  return text;
+}
+
+}  // namespace
+
+foutFormatPiece::foutFormatPiece(PieceKind kind, const PieceSetup& setup)
+    : kind_(kind),
+      argNumber_(setup.argNumber),
+      flags_(setup.flags),
+      alwaysSigned_(setup.alwaysSigned),
+      widthField_(makeField(widthValidator(), setup.widthKind, setup.widthValue)),
+      precisionField_(makeField(precisionValidator(), setup.precisionKind, setup.precisionValue)) {
+  formats_[0] = setup.narrowFormat;
+  specs_[0] = specOf(formats_[0], setup, true);
+}
+
+foutFormatPiece::~foutFormatPiece() = default;
+
+uint64_t foutFormatPiece::sizeHint() const {
+  return widthField_.resolved + precisionField_.resolved + 20;
+}
+
+void foutFormatPiece::ensureFormat(int index) {
+  if (made_[index]) return;
+  PieceSetup setup;
+  setup.flags = flags_;
+  setup.widthKind = widthField_.kind;
+  setup.widthValue = static_cast<int32_t>(widthField_.value);
+  setup.precisionKind = precisionField_.kind;
+  setup.precisionValue = static_cast<int32_t>(precisionField_.value);
+  switch (index) {
+    case 1:
+      formats_[1] = asExponentFormat(formats_[0]);
+      specs_[1] = specOf(formats_[1], setup, true);
+      break;
+    case 2:
+      formats_[2] = withoutStarPrecision(formats_[0]);
+      specs_[2] = specOf(formats_[2], setup, false);
+      break;
+    default:
+      ensureFormat(2);
+      formats_[3] = asExponentFormat(formats_[2]);
+      specs_[3] = specOf(formats_[3], setup, false);
+      break;
+  }
+  made_[index] = true;
+}
+
+const NumberSpec& foutFormatPiece::specForE() {
+  ensureFormat(1);
+  return specs_[1];
+}
+
+// ---- one value ----------------------------------------------------------------------
+
+void foutFormatPiece::resolve(FieldState& field, printfArgumentSource& source) {
+  field.negative = false;
+  if (!isStar(field.kind)) return;
+  source.selectArgument(field.value);
+  try {
+    source.requireValue(false);
+  } catch (int code) {
+    if (code == -29) throw field.validator->emptyArgumentCode();
+    throw;
+  }
+  int32_t v = field.validator->validate(source.readDouble());
+  field.negative = v < 0;
+  field.resolved =
+      field.negative ? static_cast<uint64_t>(-static_cast<int64_t>(v)) : static_cast<uint64_t>(v);
+}
+
+void foutFormatPiece::output(PrintSink& sink, printfArgumentSource& source) {
+  resolve(widthField_, source);
+  resolve(precisionField_, source);
+  formatIndex_ = 0;
+  if (precisionField_.negative) {
+    // A negative star precision means no precision at all.
+    ensureFormat(2);
+    formatIndex_ = 2;
+  }
+  source.selectArgument(argNumber_);
+  int c = classify(source);
+  if (c == 3) {
+    print(sink, source);
+  } else if (c == 2) {
+    printWords(sink, source);
+  } else if (c >= 0) {
+    printThroughE(sink, source);
+  }
+}
+
+NumberSpec foutFormatPiece::specInForce(PrintSink& sink) {
+  NumberSpec spec = specs_[formatIndex_];
+  if (isStar(widthField_.kind)) {
+    // The C library takes the width as an int; 2^31, the magnitude of the
+    // most negative star width, is beyond it and the write fails as printf's
+    // would.
+    if (widthField_.resolved > INT_MAX) {
+      sink.flush();
+      sink.target().errorCode = EOVERFLOW;
+      throw static_cast<int>(EOVERFLOW);
+    }
+    spec.width = static_cast<int32_t>(widthField_.resolved);
+  }
+  if (isStar(precisionField_.kind) && !precisionField_.negative) {
+    spec.precision = static_cast<int32_t>(precisionField_.resolved);
+  }
+  return spec;
+}
+
+void foutFormatPiece::printDouble(PrintSink& sink, printfArgumentSource& source) {
+  if (!source.requireValue(true)) return;
+  double value = source.readDouble();
+  FormattedNumber number;
+  formatDouble(specInForce(sink), value, scratch_, number);
+  sink.putNumber(number);
+}
+
+void foutFormatPiece::printThroughE(PrintSink& sink, printfArgumentSource& source) {
+  formatIndex_ = formatIndex_ == 0 ? 1 : 3;
+  ensureFormat(formatIndex_);
+  printDouble(sink, source);
+}
+
+void foutFormatPiece::printWords(PrintSink& sink, printfArgumentSource& source) {
+  double value = source.readDouble();
+  // A negative star width asks for everything at once: left, plus and space.
+  bool negativeWidth = widthField_.negative;
+  bool left = (flags_ & kFlagLeft) || negativeWidth;
+  bool plus = (flags_ & kFlagPlus) || negativeWidth;
+  bool space = (flags_ & kFlagSpace) || negativeWidth;
+  const char* word;
+  if (std::isnan(value)) {
+    word = alwaysSigned_ ? "+NaN" : "NaN";
+  } else if (value < 0) {
+    word = "-Inf";
+  } else if (plus) {
+    word = "+Inf";
+  } else if (space) {
+    word = " Inf";
+  } else {
+    word = "Inf";
+  }
+  if (widthField_.resolved > INT_MAX) kxThrowId("KORVAN", "numericOverflow");
+  FormattedNumber number;
+  formatPadded(word, std::char_traits<char>::length(word), widthField_.resolved, left, number);
+  sink.putNumber(number);
+}
+
+void foutFormatPiece::padText(PrintSink& sink, uint64_t written) {
+  uint64_t width = widthField_.resolved;
+  if (width > written) sink.putRepeatedText((flags_ & kFlagZero) ? u'0' : u' ', width - written);
+}
+
+}  // namespace Tarnwicks::FileIO

@@ -1,0 +1,239 @@
+// foutFormatPiece: one run of literal text or one conversion of a print
+// format, made by the parser and reused on every pass over the values.
+//
+// output() resolves the star fields, asks the source what value stands next,
+// and then decides, value by value, among four outcomes: the piece's own
+// conversion, the words Inf and NaN, a replacement %e conversion for values
+// the conversion can't show (1.5 under %d), or nothing (an empty array).
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "print/argument_source.h"
+#include "print/number_format.h"
+#include "print/print_sink.h"
+
+namespace Tarnwicks::FileIO {
+
+// How a width or precision is given.
+enum fieldKind : int32_t {
+  kFieldNumber = 0,  // written in the format
+  kFieldAbsent = 1,
+  kFieldNumberedStar = 2,  // "*n$": from argument n
+  kFieldStar = 3,          // "*": from the next value
+};
+
+// Checks a star value and cuts it to an int; an unusable value throws its
+// code (negated template argument).
+class FieldValidator {
+ public:
+  virtual int32_t validate(double value) const = 0;
+  virtual int emptyArgumentCode() const = 0;
+  virtual ~FieldValidator();
+};
+
+template <int NaN, int Inf, int NegInf, int NonInteger, int Empty>
+class FieldValidatorT final : public FieldValidator {
+ public:
+  int32_t validate(double value) const override;
+  int emptyArgumentCode() const override { return -Empty; }
+};
+
+const FieldValidator& widthValidator();
+const FieldValidator& precisionValidator();
+
+struct FieldState {
+  const FieldValidator* validator = nullptr;
+  int32_t kind = kFieldAbsent;
+  uint64_t value = 0;     // the written number, or the star's argument number
+  uint64_t resolved = 0;  // the value in force
+  bool negative = false;  // the star's value was negative
+};
+
+// What the parser settled for one piece.
+struct PieceSetup {
+  uint64_t argNumber = 0;
+  uint32_t flags = 0;
+  bool alwaysSigned = false;
+  int32_t widthKind = kFieldAbsent;
+  int32_t widthValue = 0;
+  int32_t precisionKind = kFieldAbsent;
+  int32_t precisionValue = 0;
+  std::string narrowFormat;  // e.g. "%-+5.3ld"; empty for literals
+};
+
+// Which class a piece is, for the runner's batch loop.
+enum class PieceKind : uint8_t {
+  Literal,
+  Double,
+  SignedInteger,
+  UnsignedInteger,
+  String,
+  Char,
+  Bits
+};
+
+class foutFormatPiece {
+ public:
+  foutFormatPiece(PieceKind kind, const PieceSetup& setup);
+  virtual ~foutFormatPiece();
+  foutFormatPiece(const foutFormatPiece&) = delete;
+  foutFormatPiece& operator=(const foutFormatPiece&) = delete;
+
+  virtual bool isConversion() const { return true; }
+  virtual void print(PrintSink& sink, printfArgumentSource& source) = 0;
+  virtual uint64_t sizeHint() const;
+  // 3 print, 2 print Inf or NaN as words, 0 or 1 print through %e.
+  virtual int classify(printfArgumentSource& source) = 0;
+
+  void output(PrintSink& sink, printfArgumentSource& source);
+
+  PieceKind kind() const { return kind_; }
+  uint32_t flags() const { return flags_; }
+  bool alwaysSigned() const { return alwaysSigned_; }
+  const FieldState& widthField() const { return widthField_; }
+  const FieldState& precisionField() const { return precisionField_; }
+  // The narrow format as parsed ("%5.2ld"), and its settled form.
+  const std::string& narrowFormat() const { return formats_[0]; }
+  const NumberSpec& spec() const { return specs_[0]; }
+  // The replacement %e of a value the conversion can't show.
+  const NumberSpec& specForE();
+
+ protected:
+  // The NumberSpec in force, with the star fields of this value in place.
+  NumberSpec specInForce(PrintSink& sink);
+  void printThroughE(PrintSink& sink, printfArgumentSource& source);
+  void printWords(PrintSink& sink, printfArgumentSource& source);
+  void printDouble(PrintSink& sink, printfArgumentSource& source);
+  bool leftJustified() const { return (flags_ & kFlagLeft) || widthField_.negative; }
+  // Pads text (%s, %c) out to the width, with "0" under the "0" flag.
+  void padText(PrintSink& sink, uint64_t written);
+
+  NumberScratch scratch_;
+
+ private:
+  void resolve(FieldState& field, printfArgumentSource& source);
+  void ensureFormat(int index);
+
+  PieceKind kind_;
+  // [0] as parsed; [1] [0] as %e; [2] [0] without its star precision; [3]
+  // [2] as %e. Made on first need.
+  std::string formats_[4];
+  NumberSpec specs_[4];
+  bool made_[4] = {true, false, false, false};
+  int32_t formatIndex_ = 0;
+  uint64_t argNumber_;
+  uint32_t flags_;
+  bool alwaysSigned_;
+  FieldState widthField_;
+  FieldState precisionField_;
+};
+
+class foutFormatPieceForLiterals final : public foutFormatPiece {
+ public:
+  explicit foutFormatPieceForLiterals(std::u16string text);
+  bool isConversion() const override { return false; }
+  void print(PrintSink& sink, printfArgumentSource& source) override;
+  uint64_t sizeHint() const override { return text_.size(); }
+  int classify(printfArgumentSource&) override { return 3; }
+  const std::u16string& text() const { return text_; }
+
+ private:
+  std::u16string text_;
+};
+
+class foutFormatPieceForDouble final : public foutFormatPiece {
+ public:
+  explicit foutFormatPieceForDouble(const PieceSetup& setup)
+      : foutFormatPiece(PieceKind::Double, setup) {}
+  void print(PrintSink& sink, printfArgumentSource& source) override;
+  int classify(printfArgumentSource& source) override;
+};
+
+template <class T>
+class foutFormatPieceForInteger final : public foutFormatPiece {
+ public:
+  explicit foutFormatPieceForInteger(const PieceSetup& setup);
+  void print(PrintSink& sink, printfArgumentSource& source) override;
+  int classify(printfArgumentSource& source) override;
+};
+
+class foutFormatPieceForS final : public foutFormatPiece {
+ public:
+  explicit foutFormatPieceForS(const PieceSetup& setup)
+      : foutFormatPiece(PieceKind::String, setup) {}
+  void print(PrintSink& sink, printfArgumentSource& source) override;
+  int classify(printfArgumentSource& source) override;
+};
+
+class foutFormatPieceForC final : public foutFormatPiece {
+ public:
+  explicit foutFormatPieceForC(const PieceSetup& setup) : foutFormatPiece(PieceKind::Char, setup) {}
+  void print(PrintSink& sink, printfArgumentSource& source) override;
+  int classify(printfArgumentSource& source) override;
+};
+
+// The bit patterns of floating values: "b" reads a double (unsigned long
+// patterns), "t" a single (unsigned int patterns).
+template <class Bits, class Float>
+class foutFormatPieceForOUXbt : public foutFormatPiece {
+ public:
+  explicit foutFormatPieceForOUXbt(const PieceSetup& setup)
+      : foutFormatPiece(PieceKind::Bits, setup) {}
+  void print(PrintSink& sink, printfArgumentSource& source) final;
+  int classify(printfArgumentSource&) final { return 3; }
+
+ protected:
+  // All digits of `bits`, leading zeros included; returns their count.
+  virtual int formatDigits(char* buffer, Bits bits) = 0;
+  // The size of the text for `length` digits; may change `length`.
+  virtual uint64_t adjustLength(uint64_t& length, int digitCount, bool alternate) = 0;
+  virtual void writePrefix(char*& cursor, bool alternate) = 0;
+};
+
+template <class Bits, class Float>
+class foutFormatPieceForObt final : public foutFormatPieceForOUXbt<Bits, Float> {
+ public:
+  using foutFormatPieceForOUXbt<Bits, Float>::foutFormatPieceForOUXbt;
+
+ protected:
+  int formatDigits(char* buffer, Bits bits) override;
+  uint64_t adjustLength(uint64_t& length, int digitCount, bool alternate) override;
+  void writePrefix(char*&, bool) override {}
+};
+
+template <class Bits, class Float>
+class foutFormatPieceForUbt final : public foutFormatPieceForOUXbt<Bits, Float> {
+ public:
+  using foutFormatPieceForOUXbt<Bits, Float>::foutFormatPieceForOUXbt;
+
+ protected:
+  int formatDigits(char* buffer, Bits bits) override;
+  uint64_t adjustLength(uint64_t& length, int, bool) override { return length; }
+  void writePrefix(char*&, bool) override {}
+};
+
+template <class Bits, class Float>
+class foutFormatPieceForXbt final : public foutFormatPieceForOUXbt<Bits, Float> {
+ public:
+  explicit foutFormatPieceForXbt(const PieceSetup& setup);
+
+ protected:
+  int formatDigits(char* buffer, Bits bits) override;
+  uint64_t adjustLength(uint64_t& length, int, bool alternate) override {
+    return length + (alternate ? 2 : 0);
+  }
+  void writePrefix(char*& cursor, bool alternate) override;
+
+ private:
+  bool upperCase;
+};
+
+// The piece for one gathered conversion (conversionKind 0 makes a literal of
+// `text`). Kinds and length modifiers as the parser numbers them.
+std::unique_ptr<foutFormatPiece> makePiece(int conversionKind, int lengthKind,
+                                           const PieceSetup& setup, const std::u16string& text);
+
+}  // namespace Tarnwicks::FileIO
