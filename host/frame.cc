@@ -3,6 +3,7 @@
 
 #include <sys/mman.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
@@ -94,6 +95,14 @@ kxCallFrame::Records* recordsForDepth(size_t depth) {
 
 constexpr size_t kHugeThreshold = size_t{4} << 20;
 constexpr size_t kHugeAlign = size_t{2} << 20;
+
+// A large block grown by realloc lands in fresh pages that nobody advised;
+// the whole 2 MiB stretches inside it are worth asking for as huge pages.
+void adviseHugePages(void* p, size_t bytes) {
+  auto start = (reinterpret_cast<uintptr_t>(p) + kHugeAlign - 1) & ~(kHugeAlign - 1);
+  auto end = (reinterpret_cast<uintptr_t>(p) + bytes) & ~(kHugeAlign - 1);
+  if (end > start) madvise(reinterpret_cast<void*>(start), end - start, MADV_HUGEPAGE);
+}
 
 void* rawAlloc(size_t bytes) {
   if (bytes == 0) bytes = 1;
@@ -243,6 +252,7 @@ void* kxReallocExCheck(void* p, size_t n) {
   }
   void* q = std::realloc(p, n == 0 ? 1 : n);
   if (owner) owner->insert(q ? q : p);
+  if (q && n >= kHugeThreshold) adviseHugePages(q, n);
   return checked(q);
 }
 void kxFreeEx(void* p) {

@@ -198,9 +198,8 @@ void outputStringStream::makeRoom(size_t bytes) {
   if (static_cast<size_t>(capacityEnd - cursor) >= bytes) return;
   size_t used = size();
   size_t capacity = std::max<size_t>((used + bytes) * 2, 64);
-  char* block = static_cast<char*>(kxMallocExCheck(capacity));
-  if (used) std::memcpy(block, begin, used);
-  kxFreeEx(begin);
+  // realloc moves a large block by remapping its pages rather than copying.
+  char* block = static_cast<char*>(kxReallocExCheck(begin, capacity));
   begin = block;
   cursor = block + used;
   capacityEnd = block + capacity;
