@@ -23,6 +23,7 @@
 #include <string>
 
 #include "fileio/builtin_table.h"
+#include "library_loader.h"
 #include "host/kx_array.h"
 
 namespace {
@@ -93,18 +94,6 @@ size_t getlineLoop(const std::string& path) {
 // The library as a host loads it: the shared object beside tw.
 const Tarnwicks::FileIO::BuiltinEntry* slots = nullptr;
 
-void loadLibrary(const std::string& folder) {
-  std::string path = folder + "/libtwfileio.so";
-  void* lib = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (lib == nullptr) {
-    std::fprintf(stderr, "%s\n", dlerror());
-    std::exit(1);
-  }
-  reinterpret_cast<void (*)()>(dlsym(lib, "KVInitialize_fileio"))();
-  auto query = reinterpret_cast<const Tarnwicks::FileIO::BuiltinTable* (*)()>(
-      dlsym(lib, "QueryKVFcnTable_fileio"));
-  slots = query()->entries;
-}
 
 size_t directLoop(const std::string& path) {
   kxArray* name = kxCreateString(path.c_str());
@@ -155,7 +144,7 @@ int main(int argc, char** argv) {
     if (!std::strcmp(argv[i], "--repeat")) repeat = std::atoi(argv[i + 1]);
   }
   makeFile(file, megabytes);
-  loadLibrary(std::filesystem::path(tw).parent_path().string());
+  slots = twbench::loadLibrary(std::filesystem::path(tw).parent_path().string());
 
   size_t expected = getlineLoop(file);  // also warms the page cache
   size_t direct = directLoop(file);

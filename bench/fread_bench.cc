@@ -22,6 +22,7 @@
 #include <string>
 
 #include "fileio/builtin_table.h"
+#include "library_loader.h"
 #include "host/kx_array.h"
 #include "host/kx_frame.h"
 
@@ -34,16 +35,6 @@ using Tarnwicks::FileIO::kSlotFread;
 
 const Tarnwicks::FileIO::BuiltinEntry* slots = nullptr;
 
-void loadLibrary(const std::string& folder) {
-  void* lib = dlopen((folder + "/libtwfileio.so").c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (lib == nullptr) {
-    std::fprintf(stderr, "%s\n", dlerror());
-    std::exit(1);
-  }
-  reinterpret_cast<void (*)()>(dlsym(lib, "KVInitialize_fileio"))();
-  using Query = const Tarnwicks::FileIO::BuiltinTable* (*)();
-  slots = reinterpret_cast<Query>(dlsym(lib, "QueryKVFcnTable_fileio"))()->entries;
-}
 
 kxArray* callOne(int slot, std::initializer_list<kxArray*> args) {
   kxArray* in[6];
@@ -111,7 +102,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "fread_bench: --file is required\n");
     return 2;
   }
-  loadLibrary(o.lib);
+  slots = twbench::loadLibrary(o.lib);
 
   if (o.peak) {
     int pipeFds[2];

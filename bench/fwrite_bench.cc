@@ -18,6 +18,7 @@
 #include <string>
 
 #include "fileio/builtin_table.h"
+#include "library_loader.h"
 #include "host/kx_array.h"
 #include "host/kx_frame.h"
 
@@ -30,16 +31,6 @@ using Tarnwicks::FileIO::kSlotFwrite;
 
 const Tarnwicks::FileIO::BuiltinEntry* slots = nullptr;
 
-void loadLibrary(const std::string& folder) {
-  void* lib = dlopen((folder + "/libtwfileio.so").c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (lib == nullptr) {
-    std::fprintf(stderr, "%s\n", dlerror());
-    std::exit(1);
-  }
-  reinterpret_cast<void (*)()>(dlsym(lib, "KVInitialize_fileio"))();
-  using Query = const Tarnwicks::FileIO::BuiltinTable* (*)();
-  slots = reinterpret_cast<Query>(dlsym(lib, "QueryKVFcnTable_fileio"))()->entries;
-}
 
 // Calls a slot; the inputs named in `owned` are destroyed afterwards.
 kxArray* callOne(int slot, std::initializer_list<kxArray*> args, kxArray* keep = nullptr) {
@@ -72,7 +63,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "fwrite_bench: --file is required\n");
     return 2;
   }
-  loadLibrary(lib);
+  slots = twbench::loadLibrary(lib);
   const size_t n = static_cast<size_t>(mb * 1048576 / 8);
   kxArray* data = kxCreateDoubleMatrix(n, 1, kxREAL);
   double* p = kxGetPr(data);

@@ -29,6 +29,7 @@
 #include <vector>
 
 #include "fileio/builtin_table.h"
+#include "library_loader.h"
 #include "host/kx_array.h"
 
 namespace {
@@ -40,18 +41,6 @@ using Tarnwicks::FileIO::kSlotSprintf;
 
 const Tarnwicks::FileIO::BuiltinEntry* slots = nullptr;
 
-void loadLibrary(const std::string& folder) {
-  std::string path = folder + "/libtwfileio.so";
-  void* lib = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (lib == nullptr) {
-    std::fprintf(stderr, "%s\n", dlerror());
-    std::exit(1);
-  }
-  reinterpret_cast<void (*)()>(dlsym(lib, "KVInitialize_fileio"))();
-  auto query = reinterpret_cast<const Tarnwicks::FileIO::BuiltinTable* (*)()>(
-      dlsym(lib, "QueryKVFcnTable_fileio"));
-  slots = query()->entries;
-}
 
 // Processor time of the process (user and system), so that other work on a
 // shared machine doesn't count against whichever case it overlaps.
@@ -155,7 +144,7 @@ int main(int argc, char** argv) {
       std::sscanf(argv[i + 1], "%lf,%lf,%lf", &savetxt[0], &savetxt[1], &savetxt[2]);
     }
   }
-  loadLibrary(lib);
+  slots = twbench::loadLibrary(lib);
 
   // Values of a spread of magnitudes and signs, and whole ones for "%d,".
   std::mt19937_64 rng(42);

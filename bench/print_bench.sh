@@ -4,7 +4,7 @@
 # numpy.savetxt, with the ratios. Usage: bench/print_bench.sh [BUILD_DIR] [N]
 set -e
 here=$(cd "$(dirname "$0")/.." && pwd)
-build=${1:-$here/build}
+build=${1:-$here/build-release}
 n=${2:-10000000}
 cmake -S "$here" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release >/dev/null
 ninja -C "$build" -j2 print_bench twfileio >/dev/null
