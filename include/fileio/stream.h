@@ -115,9 +115,17 @@ class stream {
   // printf-style convenience over vformat().
   int format(const char* format, ...) __attribute__((format(printf, 2, 3)));
 
+  // errorCode, or `fallback` when the medium left none: a transfer that came
+  // short always reports a cause.
+  int errorOr(int fallback) const { return errorCode != 0 ? errorCode : fallback; }
+
   int errorCode = 0;
   // Bytes written since the caller last zeroed it; fprintf's result.
   uint64_t bytesWritten = 0;
+
+ protected:
+  // Raises the error of an operation this kind of stream does not do.
+  [[noreturn]] static void notImplemented();
 };
 
 }  // namespace Tarnwicks::FileIO

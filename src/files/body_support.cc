@@ -19,7 +19,7 @@ bool tellPosition(twAbsFile* file, int64_t& position) {
   stream* s = file->getStream();
   if (s->getPosition(position) != 0) {
     position = -1;
-    file->lastError = s->errorCode != 0 ? s->errorCode : -1;
+    file->lastError = s->errorOr(-1);
     return false;
   }
   file->lastError = 0;

@@ -183,7 +183,7 @@ double fileStream::readDouble(int width, int& status) {
   }
   if (got > 0) return value;
   recordState();
-  status = errorCode != 0 ? errorCode : -1;
+  status = errorOr(-1);
   return value;
 }
 

@@ -39,7 +39,7 @@ bool seek(twAbsFile* file, Origin origin, const kxArray* offsetArray) {
   }
   fileStream* s = file->getStream();
   if (!s->getCarry().beforeSeek()) {
-    file->lastError = s->errorCode != 0 ? s->errorCode : -35;
+    file->lastError = s->errorOr(-35);
     return false;
   }
   int64_t start = 0;
@@ -54,7 +54,7 @@ bool seek(twAbsFile* file, Origin origin, const kxArray* offsetArray) {
   int64_t size = 0;
   auto needSize = [&]() {
     if (s->getFileSize(size)) return true;
-    file->lastError = s->errorCode != 0 ? s->errorCode : -1;
+    file->lastError = s->errorOr(-1);
     return false;
   };
   int64_t target = 0;
@@ -80,7 +80,7 @@ bool seek(twAbsFile* file, Origin origin, const kxArray* offsetArray) {
       return false;
   }
   if (s->hasFile() && s->setPosition(target) != 0) {
-    return fail(s->errorCode != 0 ? s->errorCode : -1);
+    return fail(s->errorOr(-1));
   }
   int64_t now = 0;
   tellPosition(file, now);

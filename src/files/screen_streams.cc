@@ -16,10 +16,6 @@ using services::io::KVStream;
 
 namespace {
 
-[[noreturn]] void notImplemented() {
-  kxThrowId("KORVAN:legacy_two_part", "notimplemented_mx");
-}
-
 // Bytes the console's UTF-8 takes for these units.
 uint64_t utf8Length(const char16_t* s, size_t n) {
   uint64_t bytes = 0;
@@ -37,6 +33,15 @@ uint64_t utf8Length(const char16_t* s, size_t n) {
     }
   }
   return bytes;
+}
+
+// Adds the console's UTF-8 bytes of the `n` units it took from `chars` to
+// the stream's counts; returns `n`.
+size_t countOnConsole(outputScreenStream& s, const char16_t* chars, size_t n) {
+  uint64_t bytes = utf8Length(chars, n);
+  s.consoleCount += bytes;
+  s.bytesWritten += bytes;
+  return n;
 }
 
 // Runs a console write inside KVErr and puts the current stream back.
@@ -154,11 +159,7 @@ int outputScreenStream::vformatToConsole(const char* format, va_list* args) {
 
 size_t outputScreenStream::writeChars(size_t count, const char16_t* chars) {
   if (chars == nullptr || count == 0) return 0;
-  size_t n = services::io::uout::get().write(chars, count);
-  uint64_t bytes = utf8Length(chars, n);
-  consoleCount += bytes;
-  bytesWritten += bytes;
-  return n;
+  return countOnConsole(*this, chars, services::io::uout::get().write(chars, count));
 }
 
 int outputScreenStream::flush() {
@@ -175,11 +176,7 @@ int stdErrStream::vformat(const char* format, va_list* args) {
 
 size_t stdErrStream::writeChars(size_t count, const char16_t* chars) {
   if (chars == nullptr || count == 0) return 0;
-  size_t n = services::io::uerr::get().write(chars, count);
-  uint64_t bytes = utf8Length(chars, n);
-  consoleCount += bytes;
-  bytesWritten += bytes;
-  return n;
+  return countOnConsole(*this, chars, services::io::uerr::get().write(chars, count));
 }
 
 int stdErrStream::flush() {

@@ -8,8 +8,12 @@ namespace Tarnwicks::FileIO {
 
 stream::~stream() = default;
 
-int stream::readLine(int64_t, OutputBuffer&) {
+void stream::notImplemented() {
   kxThrowId("KORVAN:legacy_two_part", "notimplemented_mx");
+}
+
+int stream::readLine(int64_t, OutputBuffer&) {
+  notImplemented();
 }
 
 int stream::setPosition(int64_t) {

@@ -17,10 +17,6 @@ namespace Tarnwicks::FileIO {
 
 namespace {
 
-[[noreturn]] void notImplemented() {
-  kxThrowId("KORVAN:legacy_two_part", "notimplemented_mx");
-}
-
 // The UTF-8 character at p, decoded far enough to test it for white space.
 char16_t peekUnit(const char* p, const char* end, size_t& length) {
   auto b = static_cast<unsigned char>(*p);
@@ -38,6 +34,18 @@ char16_t peekUnit(const char* p, const char* end, size_t& length) {
   }
   length = 1;
   return b;
+}
+
+// Zero bytes and white space separate the values of sscanf: the first byte
+// from `p` that starts a value, or `end`.
+const char* pastSeparators(const char* p, const char* end) {
+  while (p < end) {
+    size_t len = 1;
+    char16_t u = *p == '\0' ? u' ' : peekUnit(p, end, len);
+    if (!twu_isspace(u)) break;
+    p += len;
+  }
+  return p;
 }
 
 }  // namespace
@@ -87,13 +95,7 @@ uint64_t inputStringStream::readInteger(int base, bool isSigned, int width, int&
                                         bool& negative) {
   error = 0;
   negative = false;
-  // Zero bytes and white space separate the values of sscanf.
-  while (current < end) {
-    size_t len = 1;
-    char16_t u = *current == '\0' ? u' ' : peekUnit(current, end, len);
-    if (!twu_isspace(u)) break;
-    current += len;
-  }
+  current = pastSeparators(current, end);
   if (current == end) return 0;
   // The C conversions want a terminated text: take at most the field.
   size_t avail = static_cast<size_t>(end - current);
@@ -146,12 +148,7 @@ uint64_t inputStringStream::readAnyBase(int width, int& error, bool& negative) {
 }
 
 double inputStringStream::readDouble(int width, int& status) {
-  while (current < end) {
-    size_t len = 1;
-    char16_t u = *current == '\0' ? u' ' : peekUnit(current, end, len);
-    if (!twu_isspace(u)) break;
-    current += len;
-  }
+  current = pastSeparators(current, end);
   if (current == end) {
     status = -1;
     return 0.0;

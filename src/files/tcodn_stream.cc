@@ -239,19 +239,17 @@ size_t TcodnStream::readCharsCount(OutputBuffer& buffer, size_t n) {
   return got;
 }
 
+// Each block is one readCharsCount of the block's size; a block that comes
+// back short is the end of input.
 size_t TcodnStream::readCharsToEnd(OutputBuffer& buffer) {
   size_t got = 0;
   for (;;) {
     buffer.grow();
     size_t want = buffer.getBlockSize();
-    auto* room = static_cast<char16_t*>(buffer.reserve(want));
-    size_t bytes = 0;
-    size_t came = readChars(room, want, bytes);
-    buffer.commit(came);
+    size_t came = readCharsCount(buffer, want);
     got += came;
-    if (came < want) break;
+    if (came < want) return got;
   }
-  return got;
 }
 
 size_t TcodnStream::readWord(OutputBuffer& buffer, int64_t maxChars) {

@@ -27,7 +27,7 @@ twAbsFile::~twAbsFile() {
 bool twAbsFile::endOfWrite() {
   if (stream_ == nullptr || !stream_->hasFile() || !permission.autoFlush) return true;
   if (stream_->flush() != 0) {
-    lastError = stream_->errorCode != 0 ? stream_->errorCode : -7;
+    lastError = stream_->errorOr(-7);
     return false;
   }
   return true;

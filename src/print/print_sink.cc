@@ -13,7 +13,7 @@ PrintSink::~PrintSink() = default;
 
 void PrintSink::fail() {
   used_ = 0;
-  throw(target_.errorCode != 0 ? target_.errorCode : -1);
+  throw target_.errorOr(-1);
 }
 
 void PrintSink::flush() {

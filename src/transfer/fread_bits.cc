@@ -13,10 +13,6 @@ namespace {
 // Bytes one run of fields reads at most: large calls, still cache-resident.
 constexpr size_t kRunBytes = 131072;
 
-int errorOr(const FileIO::stream* s, int fallback) {
-  return s->errorCode != 0 ? s->errorCode : fallback;
-}
-
 }  // namespace
 
 void FreadBitConvert::keepBits(CarryByte& carry, uint8_t byte, int keep) {
@@ -36,7 +32,7 @@ bool FreadBitConvert::fillCarry(CarryByte& carry) {
   if (stream->read(1, &byte, 1) != 1) {
     carry.bits = 0;
     carry.bitCount = 0;
-    status = errorOr(stream, -1);
+    status = stream->errorOr(-1);
     return false;
   }
   carry.bits = byte;
@@ -72,7 +68,7 @@ size_t FreadBitConvert::readRun(CarryByte& carry, size_t n, const BitLayout& lay
 
   if (got < needBytes) {
     // The file ended inside the run: what came counts, the carry is empty.
-    status = errorOr(stream, -1);
+    status = stream->errorOr(-1);
     carry.bits = 0;
     carry.bitCount = 0;
     return produced;
@@ -100,12 +96,12 @@ bool FreadBitConvert::skipBits(bool bySeek, CarryByte& carry, int64_t wanted,
   if (bySeek) {
     int64_t position = 0;
     if (stream->getPosition(position) != 0) {
-      status = errorOr(stream, -1);
+      status = stream->errorOr(-1);
       return false;
     }
     int64_t target = std::min(position + need - 1, setup.fileSize);
     if (stream->setPosition(target) != 0 || stream->read(1, &last, 1) != 1) {
-      status = errorOr(stream, -1);
+      status = stream->errorOr(-1);
       return false;
     }
   } else {
@@ -114,7 +110,7 @@ bool FreadBitConvert::skipBits(bool bySeek, CarryByte& carry, int64_t wanted,
       size_t n = static_cast<size_t>(std::min<int64_t>(left, 8192));
       if (skipScratch.size() < n) skipScratch.resize(n);
       if (stream->read(n, skipScratch.data(), 1) != n) {
-        status = errorOr(stream, -1);
+        status = stream->errorOr(-1);
         return false;
       }
       last = skipScratch[n - 1];

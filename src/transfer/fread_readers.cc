@@ -23,11 +23,6 @@ constexpr size_t kPieceBytes = 262144;
 // the C library's largest size, still resident in cache when reversed.
 constexpr size_t kSwapPieceBytes = 1048576;
 
-// The stream's error, or `fallback` when it has none.
-int errorOr(const FileIO::stream* s, int fallback) {
-  return s->errorCode != 0 ? s->errorCode : fallback;
-}
-
 }  // namespace
 
 size_t freadPieceElements(size_t inBytes, size_t outBytes) {
@@ -61,7 +56,7 @@ size_t FreadClass::fileElementBytes() const {
 bool FreadClass::prepareCarry() {
   CarryByte* carry = stream->carryByte();
   if (carry == nullptr || carry->prepare(bitCount, format, true)) return true;
-  status = errorOr(stream, -31);
+  status = stream->errorOr(-31);
   return false;
 }
 
@@ -78,7 +73,7 @@ void FreadClass::run() {
     stream->getPosition(setup.position);
     setup.useSeek = skipBytes > kLongestReadSkip;
     if (!stream->getFileSize(setup.fileSize)) {
-      status = errorOr(stream, -45);
+      status = stream->errorOr(-45);
       setup.useSeek = false;
       setup.fileSize = 0;
     }
@@ -178,7 +173,7 @@ bool FreadClass::skipBetween(const FreadSetup& setup, size_t total) {
     int64_t position = 0;
     if (stream->getPosition(position) != 0) {
       count = total;
-      status = errorOr(stream, -45);
+      status = stream->errorOr(-45);
       return true;
     }
     if (setup.fileSize < position + bytes) {
@@ -188,12 +183,12 @@ bool FreadClass::skipBetween(const FreadSetup& setup, size_t total) {
       unsigned char byte;
       stream->read(1, &byte, 1);
       count = total;
-      status = errorOr(stream, -45);
+      status = stream->errorOr(-45);
       return true;
     }
     if (stream->setPosition(position + bytes) != 0) {
       count = total;
-      status = errorOr(stream, -45);
+      status = stream->errorOr(-45);
       return true;
     }
     return false;
@@ -202,7 +197,7 @@ bool FreadClass::skipBetween(const FreadSetup& setup, size_t total) {
   for (int64_t b = 0; b < setup.blocks && left > 0; ++b) {
     size_t n = static_cast<size_t>(std::min<int64_t>(left, static_cast<int64_t>(setup.chunk)));
     if (stream->read(n, skipScratch.data(), 1) < n) {
-      status = errorOr(stream, -1);
+      status = stream->errorOr(-1);
       count = total;
       return true;
     }

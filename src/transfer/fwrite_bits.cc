@@ -8,10 +8,6 @@ namespace Tarnwicks::FileIO {
 
 namespace {
 
-int errorOr(const FileIO::stream* s, int fallback) {
-  return s->errorCode != 0 ? s->errorCode : fallback;
-}
-
 uint8_t lowBits(int n) {
   return n >= 8 ? 0xff : static_cast<uint8_t>((1u << n) - 1);
 }
@@ -49,7 +45,7 @@ bool FwriteTransfer::bitLoop(int bitCount, uint64_t repeat, int sizeValue) {
     done += block;
     source += block * sourceBytes;
   }
-  if (found == nullptr && !local.flushBits()) status = errorOr(stream, -31);
+  if (found == nullptr && !local.flushBits()) status = stream->errorOr(-31);
   count = done;
   return false;
 }
@@ -63,7 +59,7 @@ bool FwriteTransfer::writeFields(CarryByte& carry, size_t n, const BitLayout& la
   const size_t whole = packer.bytes();
   const size_t out = whole != 0 ? stream->write(whole, scratch.data(), 1) : 0;
   if (out < whole) {
-    status = errorOr(stream, -1);
+    status = stream->errorOr(-1);
     // The fields whose whole bytes all went out.
     const uint64_t bitsOut = 8 * (static_cast<uint64_t>(out) + 1);
     const uint64_t fit = bitsOut > static_cast<uint64_t>(held)
@@ -87,7 +83,7 @@ bool FwriteTransfer::skipBits(CarryByte& carry, int64_t bits) {
     // The gap stays within the carry's byte: it keeps what the file holds.
     uint8_t byte = 0;
     if (!carry.fetchByte(byte)) {
-      status = errorOr(stream, -34);
+      status = stream->errorOr(-34);
       return false;
     }
     const int b = static_cast<int>(bits);
@@ -100,7 +96,7 @@ bool FwriteTransfer::skipBits(CarryByte& carry, int64_t bits) {
   int64_t rest = bits;
   if (held > 0) {
     if (!carry.flushBits()) {
-      status = errorOr(stream, -31);
+      status = stream->errorOr(-31);
       return false;
     }
     rest -= 8 - held;
@@ -113,7 +109,7 @@ bool FwriteTransfer::skipBits(CarryByte& carry, int64_t bits) {
   if (leftBits > 0) {
     uint8_t byte = 0;
     if (!carry.fetchByte(byte)) {
-      status = errorOr(stream, -34);
+      status = stream->errorOr(-34);
       return false;
     }
     carry.bits = static_cast<uint8_t>(byte & (msb ? ~lowBits(8 - leftBits) : lowBits(leftBits)));

@@ -20,10 +20,6 @@ constexpr uint64_t kWriteBlock = 1024;
 // The largest zero block a skip writes at once.
 constexpr int64_t kZeroBlock = 8192;
 
-int errorOr(const FileIO::stream* s, int fallback) {
-  return s->errorCode != 0 ? s->errorCode : fallback;
-}
-
 }  // namespace
 
 FwriteTransfer::FwriteTransfer(FileIO::stream* s, const void* src, kxClassID srcClass, int fmt,
@@ -50,7 +46,7 @@ bool FwriteTransfer::write(int bitCount, int64_t repeat, int sizeValue) {
   CarryByte* carry = stream->carryByte();
   if (carry != nullptr && !carry->prepare(bitCount, format, false)) {
     count = 0;
-    status = errorOr(stream, -31);
+    status = stream->errorOr(-31);
     return true;
   }
   const uint64_t groups = repeat > 0 ? static_cast<uint64_t>(repeat) : 1;
@@ -97,7 +93,7 @@ bool FwriteTransfer::writeConverted(size_t elementBytes, size_t n, bool swap, si
 bool FwriteTransfer::skipSetup() {
   if (skip == 0) return true;
   if (!stream->getFileSize(fileSize)) {
-    status = errorOr(stream, -45);
+    status = stream->errorOr(-45);
     count = 0;
     return false;
   }
@@ -132,13 +128,13 @@ bool FwriteTransfer::skipBeforeBlock(int64_t bytes, int fallback) {
   if (seekAllowed) {
     int64_t position = 0;
     if (stream->getPosition(position) != 0) {
-      status = errorOr(stream, fallback ? fallback : -45);
+      status = stream->errorOr(fallback ? fallback : -45);
       return false;
     }
     const int64_t target = position + bytes;
     if (fileSize > target) {
       if (stream->setPosition(target) != 0) {
-        status = errorOr(stream, fallback ? fallback : -45);
+        status = stream->errorOr(fallback ? fallback : -45);
         return false;
       }
       left = 0;
@@ -146,7 +142,7 @@ bool FwriteTransfer::skipBeforeBlock(int64_t bytes, int fallback) {
       // The end is nearer: stand at it and fill the rest with zeros.
       int64_t end = 0;
       if (!stream->getFileSize(end) || stream->setPosition(end) != 0) {
-        status = errorOr(stream, fallback ? fallback : -45);
+        status = stream->errorOr(fallback ? fallback : -45);
         return false;
       }
       left = target - end;
@@ -160,7 +156,7 @@ bool FwriteTransfer::skipBeforeBlock(int64_t bytes, int fallback) {
   while (left > 0) {
     size_t n = static_cast<size_t>(std::min<int64_t>(left, static_cast<int64_t>(zeros.size())));
     if (stream->write(n, zeros.data(), 1) != n) {
-      status = errorOr(stream, fallback ? fallback : -1);
+      status = stream->errorOr(fallback ? fallback : -1);
       return false;
     }
     left -= static_cast<int64_t>(n);

@@ -1,15 +1,13 @@
 // fprintf, sprintf and sprintfc through their slots: outputs, their shapes,
 // error texts, file errors and the argument errors that do raise.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cmath>
-#include <filesystem>
 #include <fstream>
-#include <iterator>
 
 #include "fileio/file_manager.h"
 #include "print_test_support.h"
+#include "support/scratch_dir.h"
 
 namespace {
 
@@ -24,16 +22,16 @@ using Tarnwicks::FileIO::kSlotSprintfc;
 TEST(Sprintf, TextAndErrorText) {
   Outcome r = call(kSlotSprintf, 2, {str("%d %d"), doubles({1, 2, 3})});
   ASSERT_EQ(r.error, "");
-  EXPECT_EQ(r.text(0), "1 23 ");
-  EXPECT_EQ(r.text(1), codeText(-13));
+  EXPECT_EQ(r.utf8(0), "1 23 ");
+  EXPECT_EQ(r.utf8(1), codeText(-13));
   EXPECT_EQ(r.status, 0);
 
   r = call(kSlotSprintf, 2, {str("abc"), num(1)});
-  EXPECT_EQ(r.text(0), "abc");
-  EXPECT_EQ(r.text(1), codeText(-9));
+  EXPECT_EQ(r.utf8(0), "abc");
+  EXPECT_EQ(r.utf8(1), codeText(-9));
 
   r = call(kSlotSprintf, 2, {str("%y")});
-  EXPECT_EQ(r.text(1), codeText(-8));
+  EXPECT_EQ(r.utf8(1), codeText(-8));
   // A clean run gives the empty text (0 by 0) as its error.
   r = call(kSlotSprintf, 2, {str("%d"), num(1)});
   EXPECT_EQ(kxGetM(r.at(1)), 0u);
@@ -44,7 +42,7 @@ TEST(Sprintf, EmptyResultIsOneRowNoColumns) {
   Outcome r = call(kSlotSprintf, 2, {str("%s")});
   EXPECT_EQ(kxGetM(r.at(0)), 1u);
   EXPECT_EQ(kxGetN(r.at(0)), 0u);
-  EXPECT_EQ(r.text(1), codeText(-13));
+  EXPECT_EQ(r.utf8(1), codeText(-13));
   r = call(kSlotSprintf, 1, {kxCreateString("")});
   EXPECT_EQ(kxGetM(r.at(0)), 1u);
   EXPECT_EQ(kxGetN(r.at(0)), 0u);
@@ -62,7 +60,7 @@ TEST(Sprintf, ResultIsUtf16Units) {
 TEST(Sprintf, BadEscapeWarnsAndUsesWhatWasTranslated) {
   CaughtWarnings warnings;
   Outcome r = call(kSlotSprintf, 1, {str("a%d\\qb"), num(7)});
-  EXPECT_EQ(r.text(0), "a7");
+  EXPECT_EQ(r.utf8(0), "a7");
   EXPECT_EQ(r.status, 1);
   ASSERT_EQ(warnings.ids().size(), 1u);
   EXPECT_EQ(warnings.ids()[0], "KORVAN:printf:BadEscapeSequenceInFormat");
@@ -107,14 +105,14 @@ TEST(Sprintfc, OneNumberACell) {
   EXPECT_EQ(kxGetM(r.at(0)), 2u);
   EXPECT_EQ(kxGetN(r.at(0)), 3u);
   EXPECT_EQ(cells(r.at(0)), (std::vector<std::string>{"1", "2", "3", "4", "5", "6"}));
-  EXPECT_EQ(r.text(1), "");
+  EXPECT_EQ(r.utf8(1), "");
   EXPECT_FALSE(kxIsLogicalScalarTrue(r.at(2)));
 }
 
 TEST(Sprintfc, WrappedFormatEndsWithoutFault) {
   Outcome r = call(kSlotSprintfc, 2, {str("%d %d"), doubles({1, 2, 3})});
   EXPECT_EQ(cells(r.at(0)), (std::vector<std::string>{"1 2", "3 "}));
-  EXPECT_EQ(r.text(1), "");
+  EXPECT_EQ(r.utf8(1), "");
 }
 
 TEST(Sprintfc, StringConversionTakesTheRow) {
@@ -137,13 +135,13 @@ TEST(Sprintfc, LeftJustifiedEndAndRowErrors) {
   // row is reported.
   r = call(kSlotSprintfc, 2, {str("%*d"), doubles({NAN, 3, 1, 4}, 2)});
   EXPECT_EQ(cells(r.at(0)), (std::vector<std::string>{"", "  4"}));
-  EXPECT_EQ(r.text(1), codeText(-15));
+  EXPECT_EQ(r.utf8(1), codeText(-15));
 }
 
 TEST(Sprintfc, FormatsThatCantStart) {
   Outcome r = call(kSlotSprintfc, 3, {str("%y"), doubles({1, 2}, 2)});
   EXPECT_EQ(cells(r.at(0)), (std::vector<std::string>{"", ""}));
-  EXPECT_EQ(r.text(1), codeText(-8));
+  EXPECT_EQ(r.utf8(1), codeText(-8));
   r = call(kSlotSprintfc, 1, {str("%1$d"), num(1)});
   EXPECT_EQ(r.error, "KORVAN:sprintfc:invalidFormatType");
   EXPECT_EQ(call(kSlotSprintfc, 1, {str("%d"), kxCreateCellMatrix(1, 1)}).error,
@@ -157,16 +155,8 @@ TEST(Sprintfc, FormatsThatCantStart) {
 
 // ---- fprintf ----------------------------------------------------------------
 
-class Fprintf : public ::testing::Test {
+class Fprintf : public test_support::ScratchDir {
  protected:
-  void SetUp() override {
-    char pattern[] = "/tmp/tw_print_test_XXXXXX";
-    dir = mkdtemp(pattern);
-  }
-  void TearDown() override {
-    FileMgr::instance().closeAll();
-    std::filesystem::remove_all(dir);
-  }
   // Files are opened through the file table directly, which does what
   // fopen does once its arguments are settled.
   double open(const std::string& name, const char* mode, const char* encoding = "") {
@@ -175,7 +165,7 @@ class Fprintf : public ::testing::Test {
     Tarnwicks::FileIO::EncodingAttribute enc;
     enc.parse(encoding);
     int error = 0;
-    int fid = FileMgr::instance().open(fl::i18n::to_ustring(dir + "/" + name), permission,
+    int fid = FileMgr::instance().open(fl::i18n::to_ustring(path(name)), permission,
                                        Tarnwicks::FileIO::MachineFormat(), enc, error);
     EXPECT_GE(fid, 3) << "open " << name << ": " << error;
     return fid;
@@ -185,11 +175,6 @@ class Fprintf : public ::testing::Test {
     int code = FileMgr::instance().lookup(static_cast<int>(fid))->lastError;
     return codeText(code);
   }
-  std::string contents(const std::string& name) {
-    std::ifstream in(dir + "/" + name, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-  }
-  std::string dir;
 };
 
 TEST_F(Fprintf, WritesAndCountsBytes) {
@@ -198,7 +183,7 @@ TEST_F(Fprintf, WritesAndCountsBytes) {
   ASSERT_EQ(r.error, "");
   EXPECT_EQ(kxGetScalar(r.at(0)), 28);
   close(fid);
-  EXPECT_EQ(contents("a.txt"), "1.000000\n-2.500000\n0.000000\n");
+  EXPECT_EQ(readFile("a.txt"), "1.000000\n-2.500000\n0.000000\n");
 }
 
 TEST_F(Fprintf, NoOutputAskedStillGivesTheCountForAFile) {
@@ -228,7 +213,7 @@ TEST_F(Fprintf, FaultsGoToTheFileError) {
   }
   EXPECT_EQ(ferrorText(fid), codeText(-8));
   close(fid);
-  EXPECT_EQ(contents("c.txt"), "1 2\n3 ok\nx");
+  EXPECT_EQ(readFile("c.txt"), "1 2\n3 ok\nx");
 }
 
 TEST_F(Fprintf, ReadOnlyFileCantBeWritten) {
@@ -244,11 +229,11 @@ TEST_F(Fprintf, EncodedLiteralsAndRawNumbers) {
   double fid = open("e.txt", "w", "ISO-8859-1");
   call(kSlotFprintf, 0, {num(fid), str("\xC3\xA9=%d\n"), num(5)});
   close(fid);
-  EXPECT_EQ(contents("e.txt"), "\xE9=5\n");
+  EXPECT_EQ(readFile("e.txt"), "\xE9=5\n");
   fid = open("u.txt", "w", "UTF-8");
   call(kSlotFprintf, 0, {num(fid), str("\xE2\x82\xAC%s|%5.1f\n"), str("\xC3\xA9"), num(2)});
   close(fid);
-  EXPECT_EQ(contents("u.txt"), "\xE2\x82\xAC\xC3\xA9|  2.0\n");
+  EXPECT_EQ(readFile("u.txt"), "\xE2\x82\xAC\xC3\xA9|  2.0\n");
 }
 
 TEST_F(Fprintf, LookupAndArgumentErrors) {

@@ -10,23 +10,20 @@
 #include <string>
 #include <vector>
 
-#include "fileio/builtin_table.h"
 #include "fileio/string_streams.h"
 #include "host/catalog.h"
-#include "host/errors.h"
 #include "host/kx_data.h"
-#include "host/kx_frame.h"
 #include "host/text.h"
 #include "print/format_runner.h"
+#include "support/builtin_calls.h"
 
 namespace print_test {
 
-inline kxArray* str(const std::string& utf8) {
-  return kxCreateString(utf8.c_str());
-}
-inline kxArray* num(double v) {
-  return kxCreateDoubleScalar(v);
-}
+using test_support::call;
+using test_support::CaughtWarnings;
+using test_support::num;
+using test_support::Outcome;
+using test_support::str;
 
 // A 1-by-n (or rows-by-n/rows) array of class `cls` from doubles, converted
 // by the host's rules.
@@ -92,53 +89,9 @@ inline std::string cprintf(const char* format, ...) {
 }
 #pragma GCC diagnostic pop
 
-// The outcome of one call through a slot: outputs, or the error identifier.
-struct Outcome {
-  std::vector<kxOwned> out;
-  std::string error;
-  int status = 0;
-
-  std::string text(size_t i = 0) const { return kxArrayToUTF8StdString(out.at(i).get()); }
-  const kxArray* at(size_t i = 0) const { return out.at(i).get(); }
-};
-
-// Calls a slot; the inputs are destroyed afterwards.
-inline Outcome call(Tarnwicks::FileIO::BuiltinSlot slot, int nlhs, std::vector<kxArray*> in) {
-  std::vector<kxArray*> out(static_cast<size_t>(std::max(nlhs, 1)) + 1, nullptr);
-  Outcome r;
-  try {
-    r.status = kxCallBuiltin(QueryKVFcnTable_fileio()->entries[slot], nlhs, out.data(),
-                             static_cast<int>(in.size()), in.data());
-  } catch (...) {
-    r.error = kxDescribeException(std::current_exception()).identifier;
-  }
-  for (kxArray* a : in) kxDestroyArray(a);
-  for (kxArray* a : out) r.out.emplace_back(a);
-  return r;
-}
-
 // The text of a stream error code as the second outputs give it.
 inline std::string codeText(int code) {
   return fl::i18n::to_string(kxStreamErrorText(code));
 }
-
-// Warnings raised while it lives, by identifier.
-class CaughtWarnings {
- public:
-  CaughtWarnings() {
-    seen().clear();
-    previous_ = kxSetWarningHandler(&record);
-  }
-  ~CaughtWarnings() { kxSetWarningHandler(previous_); }
-  const std::vector<std::string>& ids() const { return seen(); }
-
- private:
-  static std::vector<std::string>& seen() {
-    static std::vector<std::string> s;
-    return s;
-  }
-  static void record(const std::string& id, const std::string&) { seen().push_back(id); }
-  kxWarningHandler previous_;
-};
 
 }  // namespace print_test
