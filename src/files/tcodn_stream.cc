@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <clocale>
 #include <cstring>
+#include <string>
+#include <unordered_map>
 
 #include "fileio/output_buffer.h"
 #include "host/errors.h"
@@ -47,8 +49,9 @@ bool isLowSurrogate(char16_t u) {
 
 // The decoding table of a single-byte converter, probed byte by byte with
 // a converter that stops at anything it can't map cleanly; those bytes are
-// left to ICU at read time.
-void buildTable(const char* name, FastDecoder& fast) {
+// left to ICU at read time. Probing costs 256 conversions, so each table is
+// made once per encoding and kept for the life of the process.
+void probeTable(const char* name, FastDecoder& fast) {
   UErrorCode status = U_ZERO_ERROR;
   UConverter* probe = ucnv_open(name, &status);
   if (U_FAILURE(status)) return;
@@ -67,6 +70,17 @@ void buildTable(const char* name, FastDecoder& fast) {
   }
   ucnv_close(probe);
   fast.kind = FastDecoder::kTable;
+}
+
+void buildTable(const char* name, FastDecoder& fast) {
+  static std::unordered_map<std::string, FastDecoder> tables;
+  auto it = tables.find(name);
+  if (it == tables.end()) {
+    FastDecoder made;
+    probeTable(name, made);
+    it = tables.emplace(name, made).first;
+  }
+  fast = it->second;
 }
 
 void buildUtf8(FastDecoder& fast) {
