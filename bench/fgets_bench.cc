@@ -23,8 +23,8 @@
 #include <string>
 
 #include "fileio/builtin_table.h"
-#include "library_loader.h"
 #include "host/kx_array.h"
+#include "library_loader.h"
 
 namespace {
 
@@ -93,7 +93,6 @@ size_t getlineLoop(const std::string& path) {
 
 // The library as a host loads it: the shared object beside tw.
 const Tarnwicks::FileIO::BuiltinEntry* slots = nullptr;
-
 
 size_t directLoop(const std::string& path) {
   kxArray* name = kxCreateString(path.c_str());

@@ -22,9 +22,9 @@
 #include <string>
 
 #include "fileio/builtin_table.h"
-#include "library_loader.h"
 #include "host/kx_array.h"
 #include "host/kx_frame.h"
+#include "library_loader.h"
 
 namespace {
 
@@ -34,7 +34,6 @@ using Tarnwicks::FileIO::kSlotFopen;
 using Tarnwicks::FileIO::kSlotFread;
 
 const Tarnwicks::FileIO::BuiltinEntry* slots = nullptr;
-
 
 kxArray* callOne(int slot, std::initializer_list<kxArray*> args) {
   kxArray* in[6];

@@ -18,9 +18,9 @@
 #include <string>
 
 #include "fileio/builtin_table.h"
-#include "library_loader.h"
 #include "host/kx_array.h"
 #include "host/kx_frame.h"
+#include "library_loader.h"
 
 namespace {
 
@@ -30,7 +30,6 @@ using Tarnwicks::FileIO::kSlotFopen;
 using Tarnwicks::FileIO::kSlotFwrite;
 
 const Tarnwicks::FileIO::BuiltinEntry* slots = nullptr;
-
 
 // Calls a slot; the inputs named in `owned` are destroyed afterwards.
 kxArray* callOne(int slot, std::initializer_list<kxArray*> args, kxArray* keep = nullptr) {

@@ -29,8 +29,8 @@
 #include <vector>
 
 #include "fileio/builtin_table.h"
-#include "library_loader.h"
 #include "host/kx_array.h"
+#include "library_loader.h"
 
 namespace {
 
@@ -40,7 +40,6 @@ using Tarnwicks::FileIO::kSlotFprintf;
 using Tarnwicks::FileIO::kSlotSprintf;
 
 const Tarnwicks::FileIO::BuiltinEntry* slots = nullptr;
-
 
 // Processor time of the process (user and system), so that other work on a
 // shared machine doesn't count against whichever case it overlaps.
