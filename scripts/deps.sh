@@ -7,7 +7,7 @@ packages=(
   cmake ninja-build g++ pkg-config python3
   libicu-dev libfast-float-dev libedit-dev nlohmann-json3-dev
   libgtest-dev libgmock-dev libbenchmark-dev
-  python3-numpy python3-pandas
+  python3-numpy python3-pandas clang-format
 )
 
 missing=()
