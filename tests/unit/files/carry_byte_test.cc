@@ -10,23 +10,10 @@ namespace {
 
 using namespace Tarnwicks::FileIO;
 
-class CarryTest : public files_test::ScratchDir {
+class CarryTest : public files_test::StreamOnFile {
  protected:
   fileStream& open(const std::string& bytes, const char* mode) {
-    close();
-    permission = FilePermission(mode, 0);
-    file = std::fopen(writeFile("c", bytes).c_str(), permission.cMode);
-    s = std::make_unique<fileStream>(file, "", &permission);
-    return *s;
-  }
-  void close() {
-    s.reset();
-    if (file) std::fclose(file);
-    file = nullptr;
-  }
-  void TearDown() override {
-    close();
-    ScratchDir::TearDown();
+    return openStream("c", bytes, mode, "");
   }
   // Holds `count` written bits in the given byte order, then flushes.
   bool flush(uint8_t bits, int count, int order) {
@@ -37,9 +24,6 @@ class CarryTest : public files_test::ScratchDir {
     c.bitCount = count;
     return c.finish();
   }
-  FilePermission permission;
-  FILE* file = nullptr;
-  std::unique_ptr<fileStream> s;
 };
 
 TEST_F(CarryTest, FlushKeepsTheFilesOtherBits) {

@@ -10,29 +10,15 @@ namespace {
 
 using namespace Tarnwicks::FileIO;
 
-class NumberTest : public files_test::ScratchDir {
+class NumberTest : public files_test::StreamOnFile {
  protected:
-  fileStream& open(const std::string& bytes) {
-    s.reset();
-    if (file) std::fclose(file);
-    file = std::fopen(writeFile("n", bytes).c_str(), "rb");
-    s = std::make_unique<fileStream>(file, "", &permission);
-    return *s;
-  }
-  void TearDown() override {
-    s.reset();
-    if (file) std::fclose(file);
-    ScratchDir::TearDown();
-  }
+  fileStream& open(const std::string& bytes) { return openStream("n", bytes, "r", ""); }
   std::string rest() {
     std::string out;
     char c;
     while (s->read(1, &c, 1) == 1) out += c;
     return out;
   }
-  FilePermission permission;
-  FILE* file = nullptr;
-  std::unique_ptr<fileStream> s;
 };
 
 enum Reader { kSigned, kUnsigned, kHex, kOctal, kAny };

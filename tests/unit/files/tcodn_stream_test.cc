@@ -11,24 +11,10 @@ namespace {
 
 using namespace Tarnwicks::FileIO;
 
-class EncodingTest : public files_test::ScratchDir {
+class EncodingTest : public files_test::StreamOnFile {
  protected:
   fileStream& open(const std::string& bytes, const char* encoding, const char* mode = "r") {
-    close();
-    std::string name = writeFile("text", bytes);
-    permission = FilePermission(mode, 0);
-    file = std::fopen(name.c_str(), permission.cMode);
-    s = std::make_unique<fileStream>(file, encoding, &permission);
-    return *s;
-  }
-  void close() {
-    s.reset();
-    if (file) std::fclose(file);
-    file = nullptr;
-  }
-  void TearDown() override {
-    close();
-    ScratchDir::TearDown();
+    return openStream("text", bytes, mode, encoding);
   }
   std::u16string allLines() {
     std::u16string text;
@@ -47,10 +33,6 @@ class EncodingTest : public files_test::ScratchDir {
     out.resize(s->readChars(out.data(), n, bytes));
     return out;
   }
-
-  FilePermission permission;
-  FILE* file = nullptr;
-  std::unique_ptr<fileStream> s;
 };
 
 struct Sample {
