@@ -158,57 +158,44 @@ TEST(HostStrtod, HexadecimalFloats) {
   EXPECT_EQ(readOurs("0x").consumed, 1);
 }
 
-struct WordCase {
+// A text, the value read from it and how many characters the reading took;
+// the C library must agree on both.
+struct ReadCase {
   const char* text;
   double value;  // NaN stands for any NaN of the sign given
   long consumed;
 };
 
-class SpecialWords : public ::testing::TestWithParam<WordCase> {};
+class ReadsLikeTheCLibrary : public ::testing::TestWithParam<ReadCase> {};
 
-TEST_P(SpecialWords, ReadLikeTheCLibrary) {
-  const WordCase& c = GetParam();
+TEST_P(ReadsLikeTheCLibrary, ValueAndEndPoint) {
+  const ReadCase& c = GetParam();
   Reading r = readOurs(c.text);
   EXPECT_TRUE(sameDouble(r.value, c.value)) << c.text << ": " << r.value;
   EXPECT_EQ(r.consumed, c.consumed) << c.text;
   expectLikeLibc(c.text);
 }
 
-INSTANTIATE_TEST_SUITE_P(Host, SpecialWords,
-                         ::testing::Values(WordCase{"inf", INFINITY, 3},
-                                           WordCase{"-Infinity", -INFINITY, 9},
-                                           WordCase{"INFINITE", INFINITY, 3},
-                                           WordCase{"+iNf5", INFINITY, 4}, WordCase{"nan", NAN, 3},
-                                           WordCase{"-NaN", -NAN, 4},
-                                           WordCase{"nan(123abc_)", NAN, 12},
-                                           WordCase{"nan(", NAN, 3}, WordCase{"nan(1 2)", NAN, 3},
-                                           WordCase{"in", 0.0, 0}, WordCase{"na", 0.0, 0}));
+INSTANTIATE_TEST_SUITE_P(SpecialWords, ReadsLikeTheCLibrary,
+                         ::testing::Values(ReadCase{"inf", INFINITY, 3},
+                                           ReadCase{"-Infinity", -INFINITY, 9},
+                                           ReadCase{"INFINITE", INFINITY, 3},
+                                           ReadCase{"+iNf5", INFINITY, 4}, ReadCase{"nan", NAN, 3},
+                                           ReadCase{"-NaN", -NAN, 4},
+                                           ReadCase{"nan(123abc_)", NAN, 12},
+                                           ReadCase{"nan(", NAN, 3}, ReadCase{"nan(1 2)", NAN, 3},
+                                           ReadCase{"in", 0.0, 0}, ReadCase{"na", 0.0, 0}));
 
-struct StopCase {
-  const char* text;
-  double value;
-  long consumed;
-};
-
-class WhereReadingStops : public ::testing::TestWithParam<StopCase> {};
-
-TEST_P(WhereReadingStops, EndPointsPastTheNumberOrAtTheStartWhenNoneWasRead) {
-  const StopCase& c = GetParam();
-  Reading r = readOurs(c.text);
-  EXPECT_TRUE(sameDouble(r.value, c.value)) << c.text << ": " << r.value;
-  EXPECT_EQ(r.consumed, c.consumed) << c.text;
-  expectLikeLibc(c.text);
-}
-
-INSTANTIATE_TEST_SUITE_P(Host, WhereReadingStops,
-                         ::testing::Values(StopCase{" \t\n+1.5x", 1.5, 7}, StopCase{"abc", 0.0, 0},
-                                           StopCase{"  -", 0.0, 0}, StopCase{".", 0.0, 0},
-                                           StopCase{"-.e5", 0.0, 0}, StopCase{"1e", 1.0, 1},
-                                           StopCase{"1e+", 1.0, 1}, StopCase{"1.e5", 1e5, 4},
-                                           StopCase{"2.5e-3,4", 2.5e-3, 6}, StopCase{"1,5", 1.0, 1},
-                                           StopCase{"--1", 0.0, 0}, StopCase{"+-1", 0.0, 0},
-                                           StopCase{"", 0.0, 0}, StopCase{"\v\f\r7", 7.0, 4},
-                                           StopCase{"1d5", 1.0, 1}));
+// The end point lies past the number, or at the start when none was read.
+INSTANTIATE_TEST_SUITE_P(WhereReadingStops, ReadsLikeTheCLibrary,
+                         ::testing::Values(ReadCase{" \t\n+1.5x", 1.5, 7}, ReadCase{"abc", 0.0, 0},
+                                           ReadCase{"  -", 0.0, 0}, ReadCase{".", 0.0, 0},
+                                           ReadCase{"-.e5", 0.0, 0}, ReadCase{"1e", 1.0, 1},
+                                           ReadCase{"1e+", 1.0, 1}, ReadCase{"1.e5", 1e5, 4},
+                                           ReadCase{"2.5e-3,4", 2.5e-3, 6}, ReadCase{"1,5", 1.0, 1},
+                                           ReadCase{"--1", 0.0, 0}, ReadCase{"+-1", 0.0, 0},
+                                           ReadCase{"", 0.0, 0}, ReadCase{"\v\f\r7", 7.0, 4},
+                                           ReadCase{"1d5", 1.0, 1}));
 
 TEST(HostStrtod, NullEndPointerIsAllowed) {
   EXPECT_EQ(ut_strtod("42", nullptr), 42.0);
