@@ -23,8 +23,8 @@
 #include <string>
 
 #include "fileio/builtin_table.h"
-#include "host/kx_array.h"
 #include "library_loader.h"
+#include "twhost/kx_array.h"
 
 namespace {
 

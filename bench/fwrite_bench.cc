@@ -18,9 +18,9 @@
 #include <string>
 
 #include "fileio/builtin_table.h"
-#include "host/kx_array.h"
-#include "host/kx_frame.h"
 #include "library_loader.h"
+#include "twhost/kx_array.h"
+#include "twhost/kx_frame.h"
 
 namespace {
 

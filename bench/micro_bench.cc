@@ -16,10 +16,10 @@
 #include <vector>
 
 #include "fileio/builtin_table.h"
-#include "host/kx_array.h"
-#include "host/kx_data.h"
-#include "host/kx_frame.h"
 #include "library_loader.h"
+#include "twhost/kx_array.h"
+#include "twhost/kx_data.h"
+#include "twhost/kx_frame.h"
 
 namespace {
 

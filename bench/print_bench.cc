@@ -29,8 +29,8 @@
 #include <vector>
 
 #include "fileio/builtin_table.h"
-#include "host/kx_array.h"
 #include "library_loader.h"
+#include "twhost/kx_array.h"
 
 namespace {
 

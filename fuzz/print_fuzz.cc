@@ -16,12 +16,12 @@
 #include <vector>
 
 #include "fileio/string_streams.h"
-#include "host/errors.h"
-#include "host/kx_array.h"
-#include "host/kx_data.h"
 #include "print/escapes.h"
 #include "print/format_parser.h"
 #include "print/format_runner.h"
+#include "twhost/errors.h"
+#include "twhost/kx_array.h"
+#include "twhost/kx_data.h"
 
 namespace {
 

@@ -6,10 +6,10 @@
 #include <unordered_set>
 
 #include "array_impl.h"
-#include "host/errors.h"
-#include "host/kx_array.h"
-#include "host/kx_data.h"
-#include "host/kx_memory.h"
+#include "twhost/errors.h"
+#include "twhost/kx_array.h"
+#include "twhost/kx_data.h"
+#include "twhost/kx_memory.h"
 
 using twhost::allocData;
 using twhost::freeData;

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "host/kx_array.h"
+#include "twhost/kx_array.h"
 
 struct kxArray_tag {
   kxClassID cls = kxDOUBLE_CLASS;

@@ -1,11 +1,11 @@
 // Functions by name, and the package registry.
-#include "host/calls.h"
+#include "twhost/calls.h"
 
 #include <algorithm>
 #include <unordered_map>
 
-#include "host/errors.h"
-#include "host/kx_frame.h"
+#include "twhost/errors.h"
+#include "twhost/kx_frame.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // The message catalogue: lookup, placing of arguments, and the texts of
 // stream error numbers.
-#include "host/catalog.h"
+#include "twhost/catalog.h"
 
 #include <algorithm>
 #include <cstring>
@@ -8,7 +8,7 @@
 #include <unordered_map>
 
 #include "catalog_texts.h"
-#include "host/text.h"
+#include "twhost/text.h"
 
 namespace {
 

@@ -145,6 +145,7 @@ const CatalogText kCatalogTexts[] = {
     {"KORVAN:FileIO:NumberedMoreThanArgc",
      "An argument number in the format is larger than the number of arguments."},
     {"KORVAN:FileIO:InternalError", "An internal error occurred in the file library."},
+    {"KORVAN:FileIO:NotBuiltYet", "{0} is not implemented yet in this build of the library."},
 
     // ---- attributes ----
     {"KORVAN:legacy_two_part:badfilename_mx", "The file name is not valid."},

@@ -1,13 +1,13 @@
 // The console: stdout and stderr, with a stack that redirects the current
 // stream (the error stream's writers push KVErr for the length of a write).
-#include "host/console.h"
+#include "twhost/console.h"
 
 #include <cstdarg>
 #include <cstdio>
 #include <string>
 #include <vector>
 
-#include "host/text.h"
+#include "twhost/text.h"
 
 namespace services::io {
 

@@ -1,9 +1,9 @@
 // The exception family, the thrower, numbered messages and warnings.
-#include "host/errors.h"
+#include "twhost/errors.h"
 
 #include <cstdio>
 
-#include "host/catalog.h"
+#include "twhost/catalog.h"
 
 namespace fl::except {
 

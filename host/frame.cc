@@ -1,5 +1,5 @@
 // Call frames and the two allocation families that record into them.
-#include "host/kx_frame.h"
+#include "twhost/kx_frame.h"
 
 #include <sys/mman.h>
 
@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "array_impl.h"
-#include "host/errors.h"
-#include "host/kx_memory.h"
+#include "twhost/errors.h"
+#include "twhost/kx_memory.h"
 
 namespace {
 

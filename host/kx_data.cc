@@ -2,7 +2,7 @@
 //
 // AssignToVoidBuffer carries every fread and fwrite, so its work is one typed
 // loop per pair of classes, chosen once per call: no per-element switch.
-#include "host/kx_data.h"
+#include "twhost/kx_data.h"
 
 #include <bit>
 #include <cerrno>
@@ -18,7 +18,7 @@
 
 #include <fast_float/fast_float.h>
 
-#include "host/errors.h"
+#include "twhost/errors.h"
 
 namespace {
 

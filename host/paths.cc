@@ -1,6 +1,6 @@
 // Names of files: tilde expansion, cleaning, the search path, and opening
 // along it.
-#include "host/paths.h"
+#include "twhost/paths.h"
 
 #include <dlfcn.h>
 #include <limits.h>
@@ -12,7 +12,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "host/text.h"
+#include "twhost/text.h"
 
 namespace {
 

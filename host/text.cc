@@ -1,9 +1,9 @@
 // UTF-8 and UTF-16, the default character set, and the character tests.
-#include "host/text.h"
+#include "twhost/text.h"
 
 #include <cstring>
 
-#include "host/kx_array.h"
+#include "twhost/kx_array.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "host/kx_array.h"
+#include "twhost/kx_array.h"
 #include "value.h"
 
 namespace tw {

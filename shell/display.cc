@@ -6,8 +6,8 @@
 #include <cstdio>
 #include <vector>
 
-#include "host/text.h"
 #include "number_text.h"
+#include "twhost/text.h"
 #include "value.h"
 
 namespace tw {

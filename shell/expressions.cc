@@ -1,9 +1,9 @@
 // Expressions, calls by name, and assignment through subscripts.
 #include "concat.h"
-#include "host/errors.h"
 #include "interpreter.h"
 #include "operators.h"
 #include "shell_errors.h"
+#include "twhost/errors.h"
 
 namespace tw {
 

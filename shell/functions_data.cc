@@ -4,8 +4,8 @@
 #include <limits>
 
 #include "functions.h"
-#include "host/calls.h"
 #include "shell_errors.h"
+#include "twhost/calls.h"
 #include "value.h"
 
 namespace tw {

@@ -2,8 +2,8 @@
 #include <cmath>
 
 #include "functions.h"
-#include "host/calls.h"
 #include "shell_errors.h"
+#include "twhost/calls.h"
 #include "value.h"
 
 namespace tw {

@@ -12,12 +12,12 @@
 
 #include "display.h"
 #include "functions.h"
-#include "host/calls.h"
-#include "host/console.h"
-#include "host/paths.h"
-#include "host/text.h"
 #include "interpreter.h"
 #include "shell_errors.h"
+#include "twhost/calls.h"
+#include "twhost/console.h"
+#include "twhost/paths.h"
+#include "twhost/text.h"
 #include "value.h"
 
 namespace tw {

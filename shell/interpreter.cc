@@ -1,9 +1,9 @@
 // The workspace, calls, and statements.
 #include "interpreter.h"
 
-#include "host/errors.h"
 #include "operators.h"
 #include "shell_errors.h"
+#include "twhost/errors.h"
 
 namespace tw {
 

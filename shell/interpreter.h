@@ -8,10 +8,10 @@
 #include <vector>
 
 #include "ast.h"
-#include "host/calls.h"
-#include "host/kx_frame.h"
 #include "indexing.h"
 #include "reporter.h"
+#include "twhost/calls.h"
+#include "twhost/kx_frame.h"
 #include "value.h"
 
 namespace tw {

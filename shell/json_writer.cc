@@ -35,8 +35,8 @@
 #include <cmath>
 #include <cstdio>
 
-#include "host/text.h"
 #include "number_text.h"
+#include "twhost/text.h"
 #include "value.h"
 
 namespace tw {

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "host/kx_array.h"
+#include "twhost/kx_array.h"
 
 namespace tw {
 

@@ -4,8 +4,8 @@
 #include <cctype>
 #include <unordered_map>
 
-#include "host/kx_data.h"
-#include "host/text.h"
+#include "twhost/kx_data.h"
+#include "twhost/text.h"
 
 namespace tw {
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "host/kx_array.h"
+#include "twhost/kx_array.h"
 
 namespace tw {
 

@@ -16,12 +16,12 @@
 #include <sstream>
 
 #include "functions.h"
-#include "host/errors.h"
 #include "interpreter.h"
 #include "library.h"
 #include "parser.h"
 #include "reporter.h"
 #include "shell_errors.h"
+#include "twhost/errors.h"
 
 namespace {
 

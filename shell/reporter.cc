@@ -2,8 +2,8 @@
 #include "reporter.h"
 
 #include "display.h"
-#include "host/console.h"
 #include "json_writer.h"
+#include "twhost/console.h"
 
 namespace tw {
 

@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <string>
 
-#include "host/kx_array.h"
+#include "twhost/kx_array.h"
 
 namespace tw {
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <utility>
 
-#include "host/catalog.h"
-#include "host/errors.h"
+#include "twhost/catalog.h"
+#include "twhost/errors.h"
 
 namespace tw {
 

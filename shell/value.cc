@@ -5,8 +5,8 @@
 #include <cstring>
 #include <limits>
 
-#include "host/text.h"
 #include "shell_errors.h"
+#include "twhost/text.h"
 
 namespace tw {
 

@@ -12,9 +12,9 @@
 #include <exception>
 #include <string>
 
-#include "host/errors.h"
-#include "host/kx_array.h"
-#include "host/kx_memory.h"
+#include "twhost/errors.h"
+#include "twhost/kx_array.h"
+#include "twhost/kx_memory.h"
 
 namespace KORVAN {
 // Error tags: one type per identifier, named after it.

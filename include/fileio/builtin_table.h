@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "host/kx_array.h"
+#include "twhost/kx_array.h"
 
 #define TW_FILEIO_API __attribute__((visibility("default")))
 

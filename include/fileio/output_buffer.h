@@ -10,7 +10,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "host/kx_array.h"
+#include "twhost/kx_array.h"
 
 namespace Tarnwicks::FileIO {
 

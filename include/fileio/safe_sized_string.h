@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstring>
 
-#include "host/kx_memory.h"
+#include "twhost/kx_memory.h"
 
 namespace Tarnwicks::FileIO {
 

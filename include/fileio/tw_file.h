@@ -8,8 +8,8 @@
 
 #include "fileio/attributes.h"
 #include "fileio/file_stream.h"
-#include "host/kx_array.h"
-#include "host/kx_memory.h"
+#include "twhost/kx_array.h"
+#include "twhost/kx_memory.h"
 
 namespace Tarnwicks::FileIO {
 

@@ -7,8 +7,8 @@
 #include <cstring>
 #include <limits>
 
-#include "host/errors.h"
-#include "host/kx_data.h"
+#include "twhost/errors.h"
+#include "twhost/kx_data.h"
 
 namespace Tarnwicks::FileIO {
 

@@ -1,7 +1,7 @@
 #include "body_support.h"
 
 #include "fileio/tw_file.h"
-#include "host/catalog.h"
+#include "twhost/catalog.h"
 
 namespace Tarnwicks::FileIO {
 

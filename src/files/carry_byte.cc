@@ -3,7 +3,7 @@
 
 #include "fileio/attributes.h"
 #include "fileio/stream.h"
-#include "host/kx_data.h"
+#include "twhost/kx_data.h"
 
 namespace Tarnwicks::FileIO {
 

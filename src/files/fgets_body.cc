@@ -1,10 +1,10 @@
 // The body of fgets: one line with its terminator, and the terminator's
 // character codes.
+#include "bodies.h"
 #include "body_support.h"
 #include "fileio/file_manager.h"
 #include "fileio/output_buffer.h"
-#include "frame/bodies.h"
-#include "host/errors.h"
+#include "twhost/errors.h"
 
 namespace Tarnwicks::FileIO {
 

@@ -5,7 +5,7 @@
 #include <cstdio>
 
 #include "fileio/screen_streams.h"
-#include "host/errors.h"
+#include "twhost/errors.h"
 
 namespace Tarnwicks::FileIO {
 

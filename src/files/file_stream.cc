@@ -13,7 +13,7 @@
 #include "encoding_support.h"
 #include "fileio/attributes.h"
 #include "fileio/output_buffer.h"
-#include "host/errors.h"
+#include "twhost/errors.h"
 
 namespace Tarnwicks::FileIO {
 

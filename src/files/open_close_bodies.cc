@@ -1,12 +1,12 @@
 // The bodies of fopen (query, list and open) and fclose.
 #include <cmath>
 
+#include "bodies.h"
 #include "body_support.h"
 #include "fileio/file_manager.h"
-#include "frame/bodies.h"
-#include "host/errors.h"
-#include "host/kx_data.h"
-#include "host/paths.h"
+#include "twhost/errors.h"
+#include "twhost/kx_data.h"
+#include "twhost/paths.h"
 
 namespace Tarnwicks::FileIO {
 

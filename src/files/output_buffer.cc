@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "host/kx_memory.h"
+#include "twhost/kx_memory.h"
 
 namespace Tarnwicks::FileIO {
 

@@ -1,10 +1,10 @@
 // The bodies of fseek, ftell, feof and ferror.
 #include <cmath>
 
+#include "bodies.h"
 #include "body_support.h"
 #include "fileio/file_manager.h"
-#include "frame/bodies.h"
-#include "host/errors.h"
+#include "twhost/errors.h"
 
 namespace Tarnwicks::FileIO {
 

@@ -4,8 +4,8 @@
 #include <cstring>
 
 #include "fileio/attributes.h"
-#include "host/errors.h"
-#include "host/kx_data.h"
+#include "twhost/errors.h"
+#include "twhost/kx_data.h"
 
 namespace Tarnwicks::FileIO {
 

@@ -6,9 +6,9 @@
 #include <climits>
 #include <cstdio>
 
-#include "host/console.h"
-#include "host/errors.h"
-#include "host/kx_memory.h"
+#include "twhost/console.h"
+#include "twhost/errors.h"
+#include "twhost/kx_memory.h"
 
 namespace Tarnwicks::FileIO {
 

@@ -2,7 +2,7 @@
 #include "fileio/stream.h"
 
 #include "fileio/output_buffer.h"
-#include "host/errors.h"
+#include "twhost/errors.h"
 
 namespace Tarnwicks::FileIO {
 

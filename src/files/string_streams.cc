@@ -8,10 +8,10 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "host/errors.h"
-#include "host/kx_data.h"
-#include "host/kx_memory.h"
-#include "host/text.h"
+#include "twhost/errors.h"
+#include "twhost/kx_data.h"
+#include "twhost/kx_memory.h"
+#include "twhost/text.h"
 
 namespace Tarnwicks::FileIO {
 

@@ -12,8 +12,8 @@
 #include <unordered_map>
 
 #include "fileio/output_buffer.h"
-#include "host/errors.h"
-#include "host/text.h"
+#include "twhost/errors.h"
+#include "twhost/text.h"
 
 namespace Tarnwicks::FileIO {
 

@@ -5,8 +5,8 @@
 #include <cerrno>
 #include <cstdio>
 
-#include "host/paths.h"
-#include "host/text.h"
+#include "twhost/paths.h"
+#include "twhost/text.h"
 
 namespace Tarnwicks::FileIO {
 

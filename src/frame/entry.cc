@@ -2,9 +2,10 @@
 #include <string>
 
 #include "fileio/builtin_table.h"
-#include "frame/bodies.h"
-#include "frame/gateways.h"
-#include "host/paths.h"
+#include "gateways.h"
+#include "package_methods.h"
+#include "print/bodies.h"
+#include "twhost/paths.h"
 
 #ifndef TW_FILEIO_VERSION
 #define TW_FILEIO_VERSION "0.0.0.0"
@@ -53,7 +54,7 @@ const char* const libtwfileio_build_date = __DATE__;
 
 void KVInitialize_fileio() {
   // A throwing onLoad leaves the static unbuilt, and the next call retries.
-  static LibraryPin pin(std::string("fileio"), registerFormatParser, true);
+  static LibraryPin pin(std::string("fileio"), registerPackageMethods, true);
   (void)pin;
 }
 

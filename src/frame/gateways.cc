@@ -4,9 +4,12 @@
 #include <clocale>
 
 #include "fileio/builtin_table.h"
-#include "frame/bodies.h"
-#include "frame/gateways.h"
-#include "host/errors.h"
+#include "files/bodies.h"
+#include "gateways.h"
+#include "not_built_yet.h"
+#include "print/bodies.h"
+#include "transfer/bodies.h"
+#include "twhost/errors.h"
 
 namespace Tarnwicks::FileIO {
 
@@ -51,9 +54,9 @@ const BuiltinEntry kBuiltinEntries[16] = {
     gateway<kSlotFclose, fcloseBody>,
     gateway<kSlotFread, freadBody>,
     gateway<kSlotFwrite, fwriteBody>,
-    gateway<kSlotFscanf, fscanfBody>,
+    gateway<kSlotFscanf, notBuiltYet<kSlotFscanf>>,
     gateway<kSlotFprintf, fprintfBody>,
-    gateway<kSlotSscanf, sscanfBody>,
+    gateway<kSlotSscanf, notBuiltYet<kSlotSscanf>>,
     gateway<kSlotSprintf, sprintfBody>,
     gateway<kSlotSprintfc, sprintfcBody>,
     gateway<kSlotFgets, fgetsBody>,
@@ -61,8 +64,8 @@ const BuiltinEntry kBuiltinEntries[16] = {
     gateway<kSlotFtell, ftellBody>,
     gateway<kSlotFerror, ferrorBody>,
     gateway<kSlotFeof, feofBody>,
-    gateway<kSlotTextscan, textscanBody>,
-    gateway<kSlotTextscanOptionsQuery, textscanOptionsQueryBody>,
+    gateway<kSlotTextscan, notBuiltYet<kSlotTextscan>>,
+    gateway<kSlotTextscanOptionsQuery, notBuiltYet<kSlotTextscanOptionsQuery>>,
 };
 
 }  // namespace Tarnwicks::FileIO

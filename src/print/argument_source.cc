@@ -1,6 +1,6 @@
-#include "print/argument_source.h"
+#include "argument_source.h"
 
-#include "print/element_values.h"
+#include "element_values.h"
 
 namespace Tarnwicks::FileIO {
 

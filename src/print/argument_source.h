@@ -15,8 +15,8 @@
 #include <optional>
 #include <string>
 
-#include "host/kx_array.h"
-#include "host/kx_data.h"
+#include "twhost/kx_array.h"
+#include "twhost/kx_data.h"
 
 namespace Tarnwicks::FileIO {
 

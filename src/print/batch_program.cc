@@ -1,8 +1,8 @@
-#include "print/batch_program.h"
+#include "batch_program.h"
 
 #include <cmath>
 
-#include "print/element_values.h"
+#include "element_values.h"
 
 namespace Tarnwicks::FileIO {
 

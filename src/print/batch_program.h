@@ -12,8 +12,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "print/format_parser.h"
-#include "print/print_sink.h"
+#include "format_parser.h"
+#include "print_sink.h"
 
 namespace Tarnwicks::FileIO {
 

@@ -1,4 +1,4 @@
-#include "print/conversion_matcher.h"
+#include "conversion_matcher.h"
 
 #include <cstring>
 

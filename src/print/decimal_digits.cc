@@ -1,9 +1,9 @@
-#include "print/decimal_digits.h"
+#include "decimal_digits.h"
 
 #include <bit>
 #include <cstring>
 
-#include "print/number_format.h"
+#include "number_format.h"
 
 namespace Tarnwicks::FileIO {
 

@@ -9,7 +9,7 @@
 #include <limits>
 #include <type_traits>
 
-#include "host/kx_array.h"
+#include "twhost/kx_array.h"
 
 namespace Tarnwicks::FileIO {
 

@@ -1,9 +1,9 @@
 // Escape translation. Warnings, not errors: a user who writes "\q" still gets
 // the text ahead of it printed, which is what they most likely wanted to see.
-#include "print/escapes.h"
+#include "escapes.h"
 
-#include "host/errors.h"
-#include "host/text.h"
+#include "twhost/errors.h"
+#include "twhost/text.h"
 
 namespace Tarnwicks::FileIO {
 

@@ -1,7 +1,7 @@
-#include "print/format_parser.h"
+#include "format_parser.h"
 
-#include "host/text.h"
-#include "print/escapes.h"
+#include "escapes.h"
+#include "twhost/text.h"
 
 namespace Tarnwicks::FileIO {
 

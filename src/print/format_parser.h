@@ -10,9 +10,9 @@
 #include <string>
 #include <vector>
 
-#include "host/kx_array.h"
-#include "print/conversion_matcher.h"
-#include "print/pieces.h"
+#include "conversion_matcher.h"
+#include "pieces.h"
+#include "twhost/kx_array.h"
 
 namespace Tarnwicks::FileIO {
 

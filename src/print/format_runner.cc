@@ -1,4 +1,4 @@
-#include "print/format_runner.h"
+#include "format_runner.h"
 
 namespace Tarnwicks::FileIO {
 

@@ -5,11 +5,11 @@
 #include <cstdint>
 #include <memory>
 
-#include "host/kx_array.h"
-#include "print/argument_source.h"
-#include "print/batch_program.h"
-#include "print/format_parser.h"
-#include "print/print_sink.h"
+#include "argument_source.h"
+#include "batch_program.h"
+#include "format_parser.h"
+#include "print_sink.h"
+#include "twhost/kx_array.h"
 
 namespace Tarnwicks::FileIO {
 

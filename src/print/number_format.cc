@@ -3,7 +3,7 @@
 // locale, and the integer forms are simple enough to write out; the C library
 // is kept for "#" with floating conversions, huge precisions, and the forms
 // it reads in its own way.
-#include "print/number_format.h"
+#include "number_format.h"
 
 #include <cerrno>
 #include <charconv>
@@ -12,7 +12,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "print/decimal_digits.h"
+#include "decimal_digits.h"
 
 namespace Tarnwicks::FileIO {
 

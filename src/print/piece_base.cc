@@ -4,8 +4,8 @@
 #include <climits>
 #include <cmath>
 
-#include "host/errors.h"
-#include "print/pieces.h"
+#include "pieces.h"
+#include "twhost/errors.h"
 
 namespace Tarnwicks::FileIO {
 

@@ -5,7 +5,7 @@
 #include <climits>
 #include <cstring>
 
-#include "print/pieces.h"
+#include "pieces.h"
 
 namespace Tarnwicks::FileIO {
 

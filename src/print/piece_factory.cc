@@ -1,5 +1,5 @@
 // makePiece: which piece serves a gathered conversion.
-#include "print/pieces.h"
+#include "pieces.h"
 
 namespace Tarnwicks::FileIO {
 

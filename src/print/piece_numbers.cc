@@ -2,8 +2,8 @@
 // through a narrow format.
 #include <type_traits>
 
-#include "print/element_values.h"
-#include "print/pieces.h"
+#include "element_values.h"
+#include "pieces.h"
 
 namespace Tarnwicks::FileIO {
 

@@ -1,6 +1,6 @@
 // Literal text, %s and %c: pieces that write UTF-16 text.
-#include "print/element_values.h"
-#include "print/pieces.h"
+#include "element_values.h"
+#include "pieces.h"
 
 namespace Tarnwicks::FileIO {
 

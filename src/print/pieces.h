@@ -11,9 +11,9 @@
 #include <memory>
 #include <string>
 
-#include "print/argument_source.h"
-#include "print/number_format.h"
-#include "print/print_sink.h"
+#include "argument_source.h"
+#include "number_format.h"
+#include "print_sink.h"
 
 namespace Tarnwicks::FileIO {
 

@@ -4,14 +4,14 @@
 // value or values that run out leave their code in the file's error slot
 // (fprintf) or as the second output (sprintf), after whatever was printed
 // before the fault. Only wrong argument classes raise, before any output.
+#include "bodies.h"
+#include "escapes.h"
+#include "fileio/error_text.h"
 #include "fileio/file_manager.h"
 #include "fileio/string_streams.h"
-#include "files/body_support.h"
-#include "frame/bodies.h"
-#include "host/errors.h"
-#include "print/escapes.h"
-#include "print/format_runner.h"
-#include "print/print_inputs.h"
+#include "format_runner.h"
+#include "print_inputs.h"
+#include "twhost/errors.h"
 
 namespace Tarnwicks::FileIO {
 

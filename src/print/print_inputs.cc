@@ -1,4 +1,4 @@
-#include "print/print_inputs.h"
+#include "print_inputs.h"
 
 #include <unicode/ucnv.h>
 
@@ -6,8 +6,8 @@
 #include <string>
 
 #include "fileio/tcodn_stream.h"
-#include "host/errors.h"
-#include "host/kx_memory.h"
+#include "twhost/errors.h"
+#include "twhost/kx_memory.h"
 
 namespace Tarnwicks::FileIO {
 

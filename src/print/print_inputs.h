@@ -5,8 +5,8 @@
 #include <cstdint>
 
 #include "fileio/string_streams.h"
-#include "host/kx_array.h"
-#include "print/print_sink.h"
+#include "print_sink.h"
+#include "twhost/kx_array.h"
 
 namespace Tarnwicks::FileIO {
 

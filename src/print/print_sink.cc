@@ -1,4 +1,4 @@
-#include "print/print_sink.h"
+#include "print_sink.h"
 
 #include <algorithm>
 

@@ -21,7 +21,7 @@
 #include <cstring>
 
 #include "fileio/stream.h"
-#include "print/number_format.h"
+#include "number_format.h"
 
 namespace Tarnwicks::FileIO {
 

@@ -5,13 +5,13 @@
 // A row is formatted on its own: when its values run out in a later cell of
 // a wrapped format, that is no fault, and a row that fails does not stop the
 // rows after it.
+#include "bodies.h"
+#include "escapes.h"
+#include "fileio/error_text.h"
 #include "fileio/string_streams.h"
-#include "files/body_support.h"
-#include "frame/bodies.h"
-#include "host/errors.h"
-#include "print/escapes.h"
-#include "print/format_parser.h"
-#include "print/print_inputs.h"
+#include "format_parser.h"
+#include "print_inputs.h"
+#include "twhost/errors.h"
 
 namespace Tarnwicks::FileIO {
 

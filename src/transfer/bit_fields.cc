@@ -1,5 +1,5 @@
 // Packing and unpacking of bit fields in memory.
-#include "transfer/bit_fields.h"
+#include "bit_fields.h"
 
 #include <algorithm>
 #include <cmath>

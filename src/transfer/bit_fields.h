@@ -13,7 +13,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "host/kx_array.h"
+#include "twhost/kx_array.h"
 
 namespace Tarnwicks::FileIO {
 

@@ -1,12 +1,12 @@
 // Byte reversal of whole elements.
-#include "transfer/byte_swap.h"
+#include "byte_swap.h"
 
 #include <immintrin.h>
 
 #include <cstdint>
 #include <cstring>
 
-#include "host/kx_data.h"
+#include "twhost/kx_data.h"
 
 namespace Tarnwicks::FileIO {
 

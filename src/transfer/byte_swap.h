@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-#include "host/kx_array.h"
+#include "twhost/kx_array.h"
 
 namespace Tarnwicks::FileIO {
 

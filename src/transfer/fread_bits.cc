@@ -1,10 +1,10 @@
 // fread of bit fields.
-#include "transfer/fread_bits.h"
+#include "fread_bits.h"
 
 #include <algorithm>
 #include <cstring>
 
-#include "host/kx_data.h"
+#include "twhost/kx_data.h"
 
 namespace Tarnwicks::FileIO {
 

@@ -9,9 +9,9 @@
 
 #include <vector>
 
+#include "bit_fields.h"
 #include "fileio/carry_byte.h"
-#include "transfer/bit_fields.h"
-#include "transfer/fread_readers.h"
+#include "fread_readers.h"
 
 namespace Tarnwicks::FileIO {
 

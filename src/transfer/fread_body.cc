@@ -2,14 +2,14 @@
 // the result.
 #include <memory>
 
+#include "bodies.h"
 #include "fileio/attributes.h"
 #include "fileio/file_manager.h"
-#include "frame/bodies.h"
-#include "host/errors.h"
-#include "host/kx_data.h"
-#include "transfer/fread_bits.h"
-#include "transfer/fread_readers.h"
-#include "transfer/fread_result.h"
+#include "fread_bits.h"
+#include "fread_readers.h"
+#include "fread_result.h"
+#include "twhost/errors.h"
+#include "twhost/kx_data.h"
 
 namespace Tarnwicks::FileIO {
 

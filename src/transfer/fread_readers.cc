@@ -1,15 +1,15 @@
 // The reader family of fread: the common run, whole-element transfers, the
 // skip between groups.
-#include "transfer/fread_readers.h"
+#include "fread_readers.h"
 
 #include <algorithm>
 #include <cstring>
 
+#include "byte_swap.h"
 #include "fileio/tcodn_stream.h"
-#include "host/kx_data.h"
-#include "host/kx_memory.h"
-#include "transfer/byte_swap.h"
-#include "transfer/widening.h"
+#include "twhost/kx_data.h"
+#include "twhost/kx_memory.h"
+#include "widening.h"
 
 namespace Tarnwicks::FileIO {
 

@@ -24,9 +24,9 @@
 #include "fileio/attributes.h"
 #include "fileio/output_buffer.h"
 #include "fileio/stream.h"
-#include "host/kx_array.h"
-#include "transfer/result_room.h"
-#include "transfer/stop_rules.h"
+#include "result_room.h"
+#include "stop_rules.h"
+#include "twhost/kx_array.h"
 
 namespace Tarnwicks::FileIO {
 

@@ -1,7 +1,7 @@
 // fread's result: its shape and the array that adopts the reader's blocks.
-#include "transfer/fread_result.h"
+#include "fread_result.h"
 
-#include "host/kx_memory.h"
+#include "twhost/kx_memory.h"
 
 namespace Tarnwicks::FileIO {
 

@@ -5,8 +5,8 @@
 
 #include "fileio/attributes.h"
 #include "fileio/output_buffer.h"
-#include "host/kx_array.h"
-#include "transfer/result_room.h"
+#include "result_room.h"
+#include "twhost/kx_array.h"
 
 namespace Tarnwicks::FileIO {
 

@@ -1,8 +1,8 @@
 // fwrite of bit fields: the bit loop and the skip of a bit write.
 #include <algorithm>
 
-#include "host/kx_data.h"
-#include "transfer/fwrite_transfer.h"
+#include "fwrite_transfer.h"
+#include "twhost/kx_data.h"
 
 namespace Tarnwicks::FileIO {
 

@@ -1,11 +1,11 @@
 // The fwrite built-in: its inputs, the transfer, and what the file reports.
 #include <string>
 
+#include "bodies.h"
 #include "fileio/attributes.h"
 #include "fileio/file_manager.h"
-#include "frame/bodies.h"
-#include "host/errors.h"
-#include "transfer/fwrite_transfer.h"
+#include "fwrite_transfer.h"
+#include "twhost/errors.h"
 
 namespace Tarnwicks::FileIO {
 

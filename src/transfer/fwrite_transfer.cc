@@ -1,15 +1,15 @@
 // fwrite's whole-element loops: the dispatch, the direct and converting
 // loops, and the skips between groups.
-#include "transfer/fwrite_transfer.h"
+#include "fwrite_transfer.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 
+#include "byte_swap.h"
 #include "fileio/attributes.h"
 #include "fileio/file_stream.h"
-#include "host/kx_data.h"
-#include "transfer/byte_swap.h"
+#include "twhost/kx_data.h"
 
 namespace Tarnwicks::FileIO {
 

@@ -19,10 +19,10 @@
 #include <cstdint>
 #include <vector>
 
+#include "bit_fields.h"
 #include "fileio/carry_byte.h"
 #include "fileio/stream.h"
-#include "host/kx_array.h"
-#include "transfer/bit_fields.h"
+#include "twhost/kx_array.h"
 
 namespace Tarnwicks::FileIO {
 

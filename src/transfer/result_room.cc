@@ -1,5 +1,5 @@
 // ResultRoom: elements straight into a reader's result blocks.
-#include "transfer/result_room.h"
+#include "result_room.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,5 +1,5 @@
 // Widening conversions in vector loops.
-#include "transfer/widening.h"
+#include "widening.h"
 
 #include <cstdint>
 

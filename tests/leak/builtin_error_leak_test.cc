@@ -8,10 +8,10 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "host/errors.h"
-#include "host/kx_array.h"
-#include "host/kx_frame.h"
-#include "host/kx_memory.h"
+#include "twhost/errors.h"
+#include "twhost/kx_array.h"
+#include "twhost/kx_frame.h"
+#include "twhost/kx_memory.h"
 
 namespace {
 

@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "fileio/builtin_table.h"
-#include "host/errors.h"
-#include "host/kx_data.h"
-#include "host/kx_frame.h"
+#include "twhost/errors.h"
+#include "twhost/kx_data.h"
+#include "twhost/kx_frame.h"
 
 namespace test_support {
 

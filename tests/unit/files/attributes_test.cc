@@ -6,7 +6,7 @@
 #include <limits>
 
 #include "files_test_support.h"
-#include "host/kx_data.h"
+#include "twhost/kx_data.h"
 
 namespace {
 

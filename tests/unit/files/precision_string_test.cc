@@ -4,7 +4,7 @@
 
 #include "fileio/attributes.h"
 #include "files_test_support.h"
-#include "host/kx_data.h"
+#include "twhost/kx_data.h"
 
 namespace {
 

@@ -9,8 +9,8 @@
 
 #include "fileio/builtin_table.h"
 #include "frame/gateways.h"
-#include "host/errors.h"
-#include "host/kx_frame.h"
+#include "twhost/errors.h"
+#include "twhost/kx_frame.h"
 
 namespace {
 
@@ -150,6 +150,31 @@ TEST(LibraryEntry, FileFormsOfPrintAndScanLeaveTheNumericLocaleAtC) {
   setlocale(LC_NUMERIC, "C.UTF-8");
   callSlot(Tarnwicks::FileIO::kSlotFscanf, 0, 2);
   EXPECT_STREQ(setlocale(LC_NUMERIC, nullptr), "C");
+}
+
+}  // namespace
+
+namespace {
+
+// A built-in whose area is not in the build yet names itself, so that the
+// user is not told something about files that is not true.
+TEST(NotBuiltYet, RaisesAnErrorNamingTheBuiltin) {
+  for (const char* name : {"fscanf", "sscanf", "textscan", "textscanOptionsQuery"}) {
+    int slot = 0;
+    while (std::strcmp(kBuiltinNames[slot], name) != 0) ++slot;
+    std::vector<kxArray*> in = {kxCreateString("x"), kxCreateString("%d")};
+    std::vector<kxArray*> out(2, nullptr);
+    std::string message;
+    try {
+      kxCallBuiltin(QueryKVFcnTable_fileio()->entries[slot], 1, out.data(), 2, in.data());
+      ADD_FAILURE() << name << " returned";
+    } catch (const fl::except::IUserException& e) {
+      EXPECT_EQ(e.get_error_id(), "KORVAN:FileIO:NotBuiltYet");
+      message = e.get_message();
+    }
+    EXPECT_NE(message.find(name), std::string::npos) << message;
+    for (auto* a : in) kxDestroyArray(a);
+  }
 }
 
 }  // namespace

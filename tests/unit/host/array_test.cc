@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "host/errors.h"
-#include "host/kx_array.h"
-#include "host/kx_memory.h"
+#include "twhost/errors.h"
+#include "twhost/kx_array.h"
+#include "twhost/kx_memory.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 // Calls by name and the package registry.
 #include <gtest/gtest.h>
 
-#include "host/calls.h"
-#include "host/errors.h"
-#include "host/kx_frame.h"
+#include "twhost/calls.h"
+#include "twhost/errors.h"
+#include "twhost/kx_frame.h"
 
 namespace {
 

@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "host/catalog.h"
-#include "host/errors.h"
-#include "host/text.h"
+#include "twhost/catalog.h"
+#include "twhost/errors.h"
+#include "twhost/text.h"
 
 namespace {
 

@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "host/kx_array.h"
-#include "host/kx_data.h"
+#include "twhost/kx_array.h"
+#include "twhost/kx_data.h"
 
 namespace {
 

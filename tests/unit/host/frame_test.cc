@@ -4,10 +4,10 @@
 
 #include <stdexcept>
 
-#include "host/errors.h"
-#include "host/kx_array.h"
-#include "host/kx_frame.h"
-#include "host/kx_memory.h"
+#include "twhost/errors.h"
+#include "twhost/kx_array.h"
+#include "twhost/kx_frame.h"
+#include "twhost/kx_memory.h"
 
 namespace {
 

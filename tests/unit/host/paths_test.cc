@@ -7,8 +7,8 @@
 #include <filesystem>
 #include <fstream>
 
-#include "host/paths.h"
-#include "host/text.h"
+#include "twhost/paths.h"
+#include "twhost/text.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "host/kx_data.h"
+#include "twhost/kx_data.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 // Escape translation and the integer reader it shares with the parser.
 #include <gtest/gtest.h>
 
-#include "host/text.h"
 #include "print/escapes.h"
 #include "print_test_support.h"
+#include "twhost/text.h"
 
 namespace {
 

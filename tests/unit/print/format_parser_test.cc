@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "host/text.h"
 #include "print/conversion_matcher.h"
 #include "print/format_parser.h"
+#include "twhost/text.h"
 
 namespace {
 

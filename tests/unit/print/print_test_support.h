@@ -11,11 +11,11 @@
 #include <vector>
 
 #include "fileio/string_streams.h"
-#include "host/catalog.h"
-#include "host/kx_data.h"
-#include "host/text.h"
 #include "print/format_runner.h"
 #include "support/builtin_calls.h"
+#include "twhost/catalog.h"
+#include "twhost/kx_data.h"
+#include "twhost/text.h"
 
 namespace print_test {
 

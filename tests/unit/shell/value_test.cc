@@ -6,8 +6,8 @@
 
 #include <cmath>
 
-#include "host/errors.h"
 #include "indexing.h"
+#include "twhost/errors.h"
 
 namespace tw {
 namespace {

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "host/kx_data.h"
 #include "support/builtin_calls.h"
 #include "support/scratch_dir.h"
+#include "twhost/kx_data.h"
 
 namespace transfer_test {
 

@@ -8,7 +8,7 @@
 #include <random>
 #include <vector>
 
-#include "host/kx_data.h"
+#include "twhost/kx_data.h"
 
 namespace {
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "host/export.h"
-#include "host/kx_array.h"
+#include "twhost/export.h"
+#include "twhost/kx_array.h"
 
 TW_HOST ustring kpTildeExpansion(const ustring& name);
 

@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <string>
 
-#include "host/export.h"
-#include "host/kx_array.h"
+#include "twhost/export.h"
+#include "twhost/kx_array.h"
 
 // The default character set of file text: "UTF-8".
 TW_HOST const char* svGetDefaultCharacterSet();

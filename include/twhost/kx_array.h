@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "host/export.h"
+#include "twhost/export.h"
 
 using ustring = std::u16string;
 

@@ -12,7 +12,7 @@
 
 #include <cstddef>
 
-#include "host/export.h"
+#include "twhost/export.h"
 
 TW_HOST void* kxMallocEx(size_t n);
 TW_HOST void* kxMallocExCheck(size_t n);

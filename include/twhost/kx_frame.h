@@ -10,8 +10,8 @@
 
 #include <cstddef>
 
-#include "host/export.h"
-#include "host/kx_array.h"
+#include "twhost/export.h"
+#include "twhost/kx_array.h"
 
 class TW_HOST kxCallFrame {
  public:

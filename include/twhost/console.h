@@ -4,8 +4,8 @@
 
 #include <cstddef>
 
-#include "host/export.h"
-#include "host/kx_array.h"
+#include "twhost/export.h"
+#include "twhost/kx_array.h"
 
 TW_HOST int utPrintf(const char* format, ...) __attribute__((format(printf, 1, 2)));
 TW_HOST int utPuts(const char* text);

@@ -13,7 +13,7 @@
 #include <variant>
 #include <vector>
 
-#include "host/export.h"
+#include "twhost/export.h"
 
 using ustring = std::u16string;
 

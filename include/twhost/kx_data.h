@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "host/export.h"
-#include "host/kx_array.h"
+#include "twhost/export.h"
+#include "twhost/kx_array.h"
 
 // A typed, borrowed view of an array's real data or of a raw block.
 class TW_HOST KxData {

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "host/errors.h"
-#include "host/export.h"
+#include "twhost/errors.h"
+#include "twhost/export.h"
 
 // The message of an identifier with its arguments put in place (UTF-8). An
 // identifier without an entry gives a text that says so and names it.

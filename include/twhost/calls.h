@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "host/export.h"
-#include "host/kx_array.h"
+#include "twhost/export.h"
+#include "twhost/kx_array.h"
 
 // A callable function: fills up to max(nlhs, 1) outputs.
 using kxFunction = std::function<void(int nlhs, kxArray** plhs, int nrhs, kxArray** prhs)>;
