@@ -90,8 +90,8 @@ std::vector<std::string> kxCatalogIdentifiers() {
 }
 
 const char* kxStreamErrorKey(int code) {
-  if (code > -1 || code < -twhost::kStreamErrorCount) return nullptr;
-  return twhost::kStreamErrorKeys[-code - 1];
+  if (!Tarnwicks::FileIO::isStreamError(code)) return nullptr;
+  return twhost::streamErrorKey(static_cast<Tarnwicks::FileIO::StreamError>(code));
 }
 
 ustring kxStreamErrorText(int code) {

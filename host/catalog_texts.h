@@ -4,6 +4,8 @@
 
 #include <cstddef>
 
+#include "twhost/stream_errors.h"
+
 namespace twhost {
 
 struct CatalogText {
@@ -14,8 +16,8 @@ struct CatalogText {
 extern const CatalogText kCatalogTexts[];
 extern const size_t kCatalogTextCount;
 
-// Keys in "KORVAN:FileIO" of the stream error codes: entry i is code -(i+1).
-extern const char* const kStreamErrorKeys[];
-constexpr int kStreamErrorCount = 45;
+// The key in "KORVAN:FileIO" of a stream error; null for a value that
+// names none.
+const char* streamErrorKey(Tarnwicks::FileIO::StreamError e);
 
 }  // namespace twhost

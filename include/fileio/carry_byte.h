@@ -30,8 +30,9 @@ class CarryByte {
   // stands at that place in the file. False when the write failed.
   bool flushBits();
   // The byte at the file's position, the position left unchanged. A file
-  // open for writing only gives 0; append without "+" fails with -5. Failures
-  // set the owner's errorCode (-33, -34, -35) unless it holds one already.
+  // open for writing only gives 0; append without "+" fails with IsOpenWrite.
+  // Failures set the owner's errorCode (FseekFailed, ReadFailed,
+  // FseekFailedNegOne) unless it holds one already.
   bool fetchByte(uint8_t& byte);
   // Before each transfer. `bitCount` 0 is a byte transfer: a carry in use is
   // flushed. A bit transfer continues the carry when it runs the same way

@@ -37,7 +37,8 @@ class FileMgr {
   int allocateFid() const;
   // Takes `file` and returns its fid.
   int add(twAbsFile* file);
-  // Opens a twFile: the fid, or -1 with `error` set (an errno or -2).
+  // Opens a twFile: the fid, or -1 with `error` set (an errno or
+  // CannotOpenFile).
   // Raises only for an encoding that can't be opened; no fid stays taken.
   int open(const ustring& name, const FilePermission& permission,
            const MachineFormat& machineFormat, const EncodingAttribute& encoding, int& error);

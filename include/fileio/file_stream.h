@@ -54,7 +54,7 @@ class fileStream : public TcodnStream {
   const FilePermission* getPermission() const { return permission; }
   CarryByte& getCarry() { return *carry; }
 
-  // Sets errorCode from errno, else -1 when the C stream has its error flag,
+  // Sets errorCode from errno, else NoHelp when the C stream has its error flag,
   // else 0 (end of file alone is no error).
   void recordState();
 

@@ -12,15 +12,26 @@
 // to file-backed streams and have neutral bodies here for the string streams.
 #pragma once
 
+#include <cerrno>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdint>
 
 #include "fileio/carry_byte.h"
+#include "twhost/stream_errors.h"
 
 namespace Tarnwicks::FileIO {
 
 class OutputBuffer;
+
+// What getPosition gives for a medium without positions (the console), and
+// what ftell reports when the position can't be had.
+inline constexpr int64_t kUnknownPosition = -1;
+
+// errno when the last call of the C library set it, else `fallback`.
+inline int errnoOr(StreamError fallback) {
+  return errno != 0 ? errno : code(fallback);
+}
 
 class stream {
  public:
@@ -117,7 +128,11 @@ class stream {
 
   // errorCode, or `fallback` when the medium left none: a transfer that came
   // short always reports a cause.
+  int errorOr(StreamError fallback) const { return errorOr(code(fallback)); }
   int errorOr(int fallback) const { return errorCode != 0 ? errorCode : fallback; }
+
+  // Sets errorCode to `e`.
+  void setError(StreamError e) { errorCode = code(e); }
 
   int errorCode = 0;
   // Bytes written since the caller last zeroed it; fprintf's result.

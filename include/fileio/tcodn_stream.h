@@ -5,7 +5,8 @@
 // surrogate pair never arrives as a pair (unless the encoding is single-byte
 // clean, a supplementary character becomes the one unit 26), and a pair split
 // over two reads is dropped. Bad or truncated input never raises: ICU's own
-// substitution stands in the text and errorCode takes -37..-42.
+// substitution stands in the text and errorCode takes the code of the fault
+// (InvalidChar, TruncatedChar, IllegalChar ... UnknownError).
 #pragma once
 
 #include <cstddef>
@@ -66,8 +67,11 @@ class TcodnStream : public stream {
   bool usedDefaultEncoding() const { return usedDefault; }
   const FastDecoder& fastDecoder() const { return fast; }
 
-  // Turns an ICU status into errorCode: positive statuses only, 10 -> -37,
-  // 11 -> -38, 12 -> -39, 13 -> -40, 15 -> -41, others -42.
+  // Turns an ICU status into errorCode, positive statuses only:
+  // U_INVALID_CHAR_FOUND InvalidChar, U_TRUNCATED_CHAR_FOUND TruncatedChar,
+  // U_ILLEGAL_CHAR_FOUND IllegalChar, U_INVALID_TABLE_FORMAT
+  // InvalidTableFormat, U_BUFFER_OVERFLOW_ERROR BufferOverflow, any other
+  // UnknownError.
   void recordStatus(int status);
   static int codeOfStatus(int status);
   // Status that ICU's default substitution saw, kept by our callbacks.

@@ -38,7 +38,7 @@ class twAbsFile {
 
   // The last step of fwrite and fprintf: with automatic flushing (the
   // permission's default, off for "W" and "A") and a file behind the stream,
-  // flush. A failed flush sets lastError to the stream's error, or -7, and
+  // flush. A failed flush sets lastError to the stream's error, or FlushError, and
   // the result is false.
   bool endOfWrite();
 
@@ -47,7 +47,7 @@ class twAbsFile {
   MachineFormat machineFormat;
   EncodingAttribute encoding;
   int64_t fileSize = 0;
-  // 0, a positive errno, or a negative code -1..-45: what ferror reports.
+  // 0, a positive errno, or a StreamError code: what ferror reports.
   int lastError = 0;
 
  protected:
@@ -61,7 +61,8 @@ class twFile : public twAbsFile {
   // Reading modes search the full path, the current folder, then the host's
   // search path, and keep the name found. Writing modes open the name as
   // given (mode 0666 less the umask). A failing open returns false with
-  // lastError an errno or -2; a bad encoding raises after closing the file.
+  // lastError an errno or CannotOpenFile; a bad encoding raises after
+  // closing the file.
   bool open() override;
   // Flushes the carry, closes the C file and, for files written, tells the
   // host's path manager that the file changed.

@@ -54,13 +54,14 @@ enum class StreamError : int {
   InternalError = -45,
 };
 
-inline constexpr int kFirstStreamError = -1;
-inline constexpr int kLastStreamError = -45;
-
 // The int that errorCode and lastError hold.
 constexpr int code(StreamError e) {
   return static_cast<int>(e);
 }
+
+// The codes run down from the first to the last without a gap.
+inline constexpr int kFirstStreamError = code(StreamError::NoHelp);
+inline constexpr int kLastStreamError = code(StreamError::InternalError);
 
 // True for a value of errorCode that is one of the codes above (not 0, not
 // an errno).

@@ -18,8 +18,8 @@ kxArray* textArray(const std::string& text) {
 bool tellPosition(twAbsFile* file, int64_t& position) {
   stream* s = file->getStream();
   if (s->getPosition(position) != 0) {
-    position = -1;
-    file->lastError = s->errorOr(-1);
+    position = kUnknownPosition;
+    file->lastError = s->errorOr(StreamError::NoHelp);
     return false;
   }
   file->lastError = 0;

@@ -8,8 +8,9 @@
 namespace Tarnwicks::FileIO {
 
 namespace {
-void setError(stream* s, int code) {
-  if (s->errorCode == 0) s->errorCode = code;
+// The first cause of a failure is the one kept.
+void setError(stream* s, StreamError e) {
+  if (s->errorCode == 0) s->setError(e);
 }
 }  // namespace
 
@@ -47,18 +48,18 @@ bool CarryByte::fetchByte(uint8_t& byte) {
   if (permission == nullptr || (permission->write && !permission->update)) return true;
   if (!permission->update) {
     // Append without update: the byte can't be read back.
-    setError(owner, -5);
+    setError(owner, StreamError::IsOpenWrite);
     return false;
   }
   int64_t pos = 0;
   if (owner->getPosition(pos) != 0 || owner->setPosition(pos) != 0) {
-    setError(owner, -33);
+    setError(owner, StreamError::FseekFailed);
     return false;
   }
   if (owner->read(1, &byte, 1) != 1) {
     if (owner->errorCode != 0) return false;
     if (!owner->atEnd()) {
-      setError(owner, -34);
+      setError(owner, StreamError::ReadFailed);
       return false;
     }
     // Past the end of the file there is nothing to keep: the byte is 0.
@@ -66,7 +67,7 @@ bool CarryByte::fetchByte(uint8_t& byte) {
     owner->clearError();
   }
   if (owner->setPosition(pos) != 0) {
-    setError(owner, -35);
+    setError(owner, StreamError::FseekFailedNegOne);
     return false;
   }
   return true;

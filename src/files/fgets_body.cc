@@ -28,7 +28,7 @@ int fgetsBody(int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
   int64_t limit = nrhs >= 2 ? lineLimit(prhs[1]) : -1;
   fileStream* s = file->getStream();
   if (!s->getCarry().finish()) {
-    file->lastError = -31;
+    file->lastError = code(StreamError::WriteCarryByteFailed);
     plhs[0] = kxCreateString("");
     if (nlhs > 1) plhs[1] = kxCreateDoubleMatrix(0, 0, kxREAL);
     return 0;
@@ -38,9 +38,9 @@ int fgetsBody(int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
   if (terminator != 0) file->lastError = 0;
   bool nonEmpty = !line.empty();
   if (nonEmpty && !file->permission.read) {
-    file->lastError = -3;
+    file->lastError = code(StreamError::IsOpenRead);
   } else if (s->atEnd()) {
-    file->lastError = -4;
+    file->lastError = code(StreamError::EndOfFile);
   }
   kxArray* codes = nullptr;
   if (nlhs > 1) {

@@ -38,7 +38,7 @@ void fileStream::recordState() {
   if (errno != 0) {
     errorCode = errno;
   } else if (file != nullptr && ferror(file)) {
-    errorCode = -1;
+    setError(StreamError::NoHelp);
   } else {
     errorCode = 0;
   }
@@ -92,7 +92,7 @@ size_t fileStream::write(size_t count, const void* buffer, size_t size) {
     done += n;
     if (n < want) {
       recordState();
-      if (errorCode == 0) errorCode = -1;
+      if (errorCode == 0) setError(StreamError::NoHelp);
       return done;
     }
   }
@@ -104,7 +104,7 @@ int fileStream::vformat(const char* format, va_list* args) {
   errno = 0;
   int n = vfprintf(file, format, *args);
   if (n < 0) {
-    errorCode = errno ? errno : -1;
+    errorCode = errnoOr(StreamError::NoHelp);
   } else {
     bytesWritten += static_cast<uint64_t>(n);
   }
@@ -139,7 +139,7 @@ int fileStream::getPosition(int64_t& pos) {
   off_t p = ftello(file);
   if (p < 0) {
     recordState();
-    if (errorCode == 0) errorCode = -1;
+    if (errorCode == 0) setError(StreamError::NoHelp);
     return -1;
   }
   pos = p;
@@ -153,7 +153,7 @@ int fileStream::setPosition(int64_t pos) {
   inBytes.length = inUsed = 0;
   if (fseeko(file, pos, SEEK_SET) != 0) {
     recordState();
-    if (errorCode == 0) errorCode = -1;
+    if (errorCode == 0) setError(StreamError::NoHelp);
     return -1;
   }
   return 0;
@@ -183,7 +183,7 @@ int fileStream::flush() {
   errno = 0;
   if (fflush(file) != 0) {
     recordState();
-    if (errorCode == 0) errorCode = -1;
+    if (errorCode == 0) setError(StreamError::NoHelp);
     return -1;
   }
   return 0;

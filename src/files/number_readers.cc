@@ -103,7 +103,7 @@ uint64_t fileStream::readInteger(int base, bool anyBase, bool isSigned, int widt
     errno = 0;
     uint64_t value = isSigned ? static_cast<uint64_t>(std::strtoll(digits.data, &end, base))
                               : std::strtoull(digits.data, &end, base);
-    if (end == digits.data) error = -9;
+    if (end == digits.data) error = code(StreamError::MatchingFailure);
     return value;
   }
   if (leadingZero) {
@@ -111,7 +111,7 @@ uint64_t fileStream::readInteger(int base, bool anyBase, bool isSigned, int widt
     return 0;
   }
   // Nothing to convert: give back the sign taken.
-  int err = errno ? errno : -1;
+  int err = errnoOr(StreamError::NoHelp);
   if (taken > 0) unread(taken);
   error = err;
   errorCode = err;
@@ -165,7 +165,7 @@ double fileStream::readDouble(int width, int& status) {
     if (seen[n] != EOF) ungetc(seen[n], file);
     for (int i = n - 1; i >= 0; --i) ungetc(seen[i], file);
     if (sign) ungetc(sign, file);
-    status = -1;
+    status = code(StreamError::NoHelp);
     return -1.0;
   }
   if (c != EOF) ungetc(c, file);
@@ -183,7 +183,7 @@ double fileStream::readDouble(int width, int& status) {
   }
   if (got > 0) return value;
   recordState();
-  status = errorOr(-1);
+  status = errorOr(StreamError::NoHelp);
   return value;
 }
 

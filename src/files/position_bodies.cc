@@ -34,53 +34,59 @@ bool seek(twAbsFile* file, Origin origin, const kxArray* offsetArray) {
   int64_t offset = 0;
   bool isNaN = false, isInf = false;
   if (!numericScalarValue(offsetArray, offset, &isNaN, &isInf)) {
-    file->lastError = isNaN ? -25 : isInf ? (offset > 0 ? -27 : -26) : -28;
+    const StreamError why = isNaN        ? StreamError::BadOffsetNaN
+                            : !isInf     ? StreamError::BadOffsetInt
+                            : offset > 0 ? StreamError::BadOffsetAfterEnd
+                                         : StreamError::BadOffsetBeforeBegin;
+    file->lastError = code(why);
     return false;
   }
   fileStream* s = file->getStream();
   if (!s->getCarry().beforeSeek()) {
-    file->lastError = s->errorOr(-35);
+    file->lastError = s->errorOr(StreamError::FseekFailedNegOne);
     return false;
   }
   int64_t start = 0;
-  if (!tellPosition(file, start) || start == -1) return false;
+  if (!tellPosition(file, start) || start == kUnknownPosition) return false;
   // Setting the position to itself drops what the C stream read ahead.
   s->setPosition(start);
 
-  auto fail = [file](int code) {
-    file->lastError = code;
+  auto fail = [file](StreamError why) {
+    file->lastError = code(why);
     return false;
   };
   int64_t size = 0;
   auto needSize = [&]() {
     if (s->getFileSize(size)) return true;
-    file->lastError = s->errorOr(-1);
+    file->lastError = s->errorOr(StreamError::NoHelp);
     return false;
   };
   int64_t target = 0;
   switch (origin) {
     case kFromStart:
-      if (offset < 0) return fail(-26);
+      if (offset < 0) return fail(StreamError::BadOffsetBeforeBegin);
       if (!needSize()) return false;
-      if (offset > size) return fail(-27);
+      if (offset > size) return fail(StreamError::BadOffsetAfterEnd);
       target = offset;
       break;
     case kFromCurrent:
-      if (offset < 0 && -(offset + 1) >= start) return fail(-26);
+      if (offset < 0 && -(offset + 1) >= start) return fail(StreamError::BadOffsetBeforeBegin);
       if (!needSize()) return false;
-      if (__builtin_add_overflow(start, offset, &target) || target > size) return fail(-27);
+      if (__builtin_add_overflow(start, offset, &target) || target > size)
+        return fail(StreamError::BadOffsetAfterEnd);
       break;
     case kFromEnd:
-      if (offset > 0) return fail(-27);
+      if (offset > 0) return fail(StreamError::BadOffsetAfterEnd);
       if (!needSize()) return false;
-      if (offset < -size) return fail(-26);
+      if (offset < -size) return fail(StreamError::BadOffsetBeforeBegin);
       target = size + offset;
       break;
     default:
       return false;
   }
   if (s->hasFile() && s->setPosition(target) != 0) {
-    return fail(s->errorOr(-1));
+    file->lastError = s->errorOr(StreamError::NoHelp);
+    return false;
   }
   int64_t now = 0;
   tellPosition(file, now);

@@ -60,7 +60,7 @@ screenStreamBase::screenStreamBase(FILE* f, const FilePermission* perm)
     : fileStream(f, "UTF-16", perm) {}
 
 int screenStreamBase::getPosition(int64_t& pos) {
-  pos = -1;
+  pos = kUnknownPosition;
   return 0;
 }
 size_t screenStreamBase::read(size_t, void*, size_t) {

@@ -117,7 +117,7 @@ uint64_t inputStringStream::readInteger(int base, bool isSigned, int width, int&
     if (negative) value = static_cast<uint64_t>(-static_cast<int64_t>(value));
   }
   if (stop == text) {
-    error = -9;
+    error = code(StreamError::MatchingFailure);
     negative = false;
     return 0;
   }
@@ -150,7 +150,7 @@ uint64_t inputStringStream::readAnyBase(int width, int& error, bool& negative) {
 double inputStringStream::readDouble(int width, int& status) {
   current = pastSeparators(current, end);
   if (current == end) {
-    status = -1;
+    status = code(StreamError::NoHelp);
     return 0.0;
   }
   size_t avail = static_cast<size_t>(end - current);
@@ -161,7 +161,7 @@ double inputStringStream::readDouble(int width, int& status) {
   char* stop = nullptr;
   double v = ut_strtod(text, &stop, utGetFpcContext());
   if (stop == text) {
-    status = -1;
+    status = code(StreamError::NoHelp);
     return -1.0;
   }
   current += stop - text;
@@ -227,7 +227,7 @@ int outputStringStream::vformat(const char* format, va_list* args) {
   int n = vsnprintf(nullptr, 0, format, measure);
   va_end(measure);
   if (n < 0) {
-    errorCode = errno ? errno : -1;
+    errorCode = errnoOr(StreamError::NoHelp);
     return n;
   }
   makeRoom(static_cast<size_t>(n) + 1);

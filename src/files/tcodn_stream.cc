@@ -21,7 +21,8 @@ namespace {
 
 // The substitution stays ICU's own; these callbacks only keep the status
 // that the default substitution would hide, so that a bad or unmappable
-// character reaches errorCode (-37..-39) while the text goes on.
+// character reaches errorCode (InvalidChar, TruncatedChar, IllegalChar)
+// while the text goes on.
 void U_CALLCONV recordToUnicode(const void* context, UConverterToUnicodeArgs* args,
                                 const char* codeUnits, int32_t length,
                                 UConverterCallbackReason reason, UErrorCode* err) {
@@ -147,17 +148,17 @@ int TcodnStream::codeOfStatus(int status) {
   if (status <= 0) return 0;
   switch (status) {
     case U_INVALID_CHAR_FOUND:
-      return -37;
+      return code(StreamError::InvalidChar);
     case U_TRUNCATED_CHAR_FOUND:
-      return -38;
+      return code(StreamError::TruncatedChar);
     case U_ILLEGAL_CHAR_FOUND:
-      return -39;
+      return code(StreamError::IllegalChar);
     case U_INVALID_TABLE_FORMAT:
-      return -40;
+      return code(StreamError::InvalidTableFormat);
     case U_BUFFER_OVERFLOW_ERROR:
-      return -41;
+      return code(StreamError::BufferOverflow);
     default:
-      return -42;
+      return code(StreamError::UnknownError);
   }
 }
 

@@ -27,7 +27,7 @@ twAbsFile::~twAbsFile() {
 bool twAbsFile::endOfWrite() {
   if (stream_ == nullptr || !stream_->hasFile() || !permission.autoFlush) return true;
   if (stream_->flush() != 0) {
-    lastError = stream_->errorOr(-7);
+    lastError = stream_->errorOr(StreamError::FlushError);
     return false;
   }
   return true;
@@ -52,11 +52,11 @@ bool twFile::open() {
       PathNameResolver::fixDotsAndSlashes(path);
       f = fl::filesystem::fopen(path, permission.cMode);
       err = errno;
-      if (!f && errno == 0) err = -1;
     }
   }
   if (f == nullptr) {
-    lastError = err == 0 || err == -1 ? -2 : err;
+    // Without a reason from the system, the file just couldn't be opened.
+    lastError = err != 0 ? err : code(StreamError::CannotOpenFile);
     return false;
   }
   // A larger C buffer than the default page: a tenth of the system calls
@@ -82,7 +82,7 @@ bool twFile::close() {
   int r = fclose(file);
   file = nullptr;
   if (r != 0) {
-    lastError = errno != 0 ? errno : -1;
+    lastError = errnoOr(StreamError::NoHelp);
     return false;
   }
   if (permission.read) return true;

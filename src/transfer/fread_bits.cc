@@ -32,7 +32,7 @@ bool FreadBitConvert::fillCarry(CarryByte& carry) {
   if (stream->read(1, &byte, 1) != 1) {
     carry.bits = 0;
     carry.bitCount = 0;
-    status = stream->errorOr(-1);
+    status = stream->errorOr(StreamError::NoHelp);
     return false;
   }
   carry.bits = byte;
@@ -68,7 +68,7 @@ size_t FreadBitConvert::readRun(CarryByte& carry, size_t n, const BitLayout& lay
 
   if (got < needBytes) {
     // The file ended inside the run: what came counts, the carry is empty.
-    status = stream->errorOr(-1);
+    status = stream->errorOr(StreamError::NoHelp);
     carry.bits = 0;
     carry.bitCount = 0;
     return produced;
@@ -96,12 +96,12 @@ bool FreadBitConvert::skipBits(bool bySeek, CarryByte& carry, int64_t wanted,
   if (bySeek) {
     int64_t position = 0;
     if (stream->getPosition(position) != 0) {
-      status = stream->errorOr(-1);
+      status = stream->errorOr(StreamError::NoHelp);
       return false;
     }
     int64_t target = std::min(position + need - 1, setup.fileSize);
     if (stream->setPosition(target) != 0 || stream->read(1, &last, 1) != 1) {
-      status = stream->errorOr(-1);
+      status = stream->errorOr(StreamError::NoHelp);
       return false;
     }
   } else {
@@ -110,7 +110,7 @@ bool FreadBitConvert::skipBits(bool bySeek, CarryByte& carry, int64_t wanted,
       size_t n = static_cast<size_t>(std::min<int64_t>(left, 8192));
       if (skipScratch.size() < n) skipScratch.resize(n);
       if (stream->read(n, skipScratch.data(), 1) != n) {
-        status = stream->errorOr(-1);
+        status = stream->errorOr(StreamError::NoHelp);
         return false;
       }
       last = skipScratch[n - 1];

@@ -151,12 +151,12 @@ int freadBody(int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
   plhs[0] = makeFreadResult(reader->buffer, reader->room, shape, resultClass, unitBytes, noConvert);
 
   int status = reader->status;
-  if (status == -1) {
+  if (status == code(StreamError::NoHelp)) {
     // A short read: a file that can't be read, or its end.
     if (total == 0 && !file->permission.read) {
-      status = -3;
+      status = code(StreamError::IsOpenRead);
     } else if (s->atEnd()) {
-      status = -4;
+      status = code(StreamError::EndOfFile);
     }
   }
   file->lastError = status;

@@ -56,7 +56,7 @@ size_t FreadClass::fileElementBytes() const {
 bool FreadClass::prepareCarry() {
   CarryByte* carry = stream->carryByte();
   if (carry == nullptr || carry->prepare(bitCount, format, true)) return true;
-  status = stream->errorOr(-31);
+  status = stream->errorOr(StreamError::WriteCarryByteFailed);
   return false;
 }
 
@@ -73,7 +73,7 @@ void FreadClass::run() {
     stream->getPosition(setup.position);
     setup.useSeek = skipBytes > kLongestReadSkip;
     if (!stream->getFileSize(setup.fileSize)) {
-      status = stream->errorOr(-45);
+      status = stream->errorOr(StreamError::InternalError);
       setup.useSeek = false;
       setup.fileSize = 0;
     }
@@ -162,7 +162,7 @@ bool FreadClass::readBlock(OutputBuffer& target, size_t& got, size_t n, size_t e
   }
   got = target.totalElements() - before;
   status = stream->errorCode;
-  if (got != n && status == 0) status = -1;
+  if (got != n && status == 0) status = code(StreamError::NoHelp);
   return got != n;
 }
 
@@ -173,7 +173,7 @@ bool FreadClass::skipBetween(const FreadSetup& setup, size_t total) {
     int64_t position = 0;
     if (stream->getPosition(position) != 0) {
       count = total;
-      status = stream->errorOr(-45);
+      status = stream->errorOr(StreamError::InternalError);
       return true;
     }
     if (setup.fileSize < position + bytes) {
@@ -183,12 +183,12 @@ bool FreadClass::skipBetween(const FreadSetup& setup, size_t total) {
       unsigned char byte;
       stream->read(1, &byte, 1);
       count = total;
-      status = stream->errorOr(-45);
+      status = stream->errorOr(StreamError::InternalError);
       return true;
     }
     if (stream->setPosition(position + bytes) != 0) {
       count = total;
-      status = stream->errorOr(-45);
+      status = stream->errorOr(StreamError::InternalError);
       return true;
     }
     return false;
@@ -197,7 +197,7 @@ bool FreadClass::skipBetween(const FreadSetup& setup, size_t total) {
   for (int64_t b = 0; b < setup.blocks && left > 0; ++b) {
     size_t n = static_cast<size_t>(std::min<int64_t>(left, static_cast<int64_t>(setup.chunk)));
     if (stream->read(n, skipScratch.data(), 1) < n) {
-      status = stream->errorOr(-1);
+      status = stream->errorOr(StreamError::NoHelp);
       count = total;
       return true;
     }
@@ -303,7 +303,7 @@ size_t FreadDifferent::readPiece(size_t n, size_t elementBytes, bool swap) {
     }
   }
   status = stream->errorCode;
-  if (came != n && status == 0) status = -1;
+  if (came != n && status == 0) status = code(StreamError::NoHelp);
   return came;
 }
 

@@ -94,7 +94,7 @@ class FreadClass {
   bool prepareCarry();
   // Reads `n` elements (or all, when `all`) into `target`, growing it. `got`
   // gets the count. Returns true when `got` differs from `n`; sets `status`
-  // to the stream's error, or -1 for a short read without one.
+  // to the stream's error, or NoHelp for a short read without one.
   bool readBlock(OutputBuffer& target, size_t& got, size_t n, size_t elementBytes, bool all);
   // Passes the skip after a group; true when the transfer must stop.
   bool skipBetween(const FreadSetup& setup, size_t total);

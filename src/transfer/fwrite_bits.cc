@@ -45,7 +45,8 @@ bool FwriteTransfer::bitLoop(int bitCount, uint64_t repeat, int sizeValue) {
     done += block;
     source += block * sourceBytes;
   }
-  if (found == nullptr && !local.flushBits()) status = stream->errorOr(-31);
+  if (found == nullptr && !local.flushBits())
+    status = stream->errorOr(StreamError::WriteCarryByteFailed);
   count = done;
   return false;
 }
@@ -59,7 +60,7 @@ bool FwriteTransfer::writeFields(CarryByte& carry, size_t n, const BitLayout& la
   const size_t whole = packer.bytes();
   const size_t out = whole != 0 ? stream->write(whole, scratch.data(), 1) : 0;
   if (out < whole) {
-    status = stream->errorOr(-1);
+    status = stream->errorOr(StreamError::NoHelp);
     // The fields whose whole bytes all went out.
     const uint64_t bitsOut = 8 * (static_cast<uint64_t>(out) + 1);
     const uint64_t fit = bitsOut > static_cast<uint64_t>(held)
@@ -83,7 +84,7 @@ bool FwriteTransfer::skipBits(CarryByte& carry, int64_t bits) {
     // The gap stays within the carry's byte: it keeps what the file holds.
     uint8_t byte = 0;
     if (!carry.fetchByte(byte)) {
-      status = stream->errorOr(-34);
+      status = stream->errorOr(StreamError::ReadFailed);
       return false;
     }
     const int b = static_cast<int>(bits);
@@ -96,7 +97,7 @@ bool FwriteTransfer::skipBits(CarryByte& carry, int64_t bits) {
   int64_t rest = bits;
   if (held > 0) {
     if (!carry.flushBits()) {
-      status = stream->errorOr(-31);
+      status = stream->errorOr(StreamError::WriteCarryByteFailed);
       return false;
     }
     rest -= 8 - held;
@@ -105,11 +106,13 @@ bool FwriteTransfer::skipBits(CarryByte& carry, int64_t bits) {
   carry.bitCount = 0;
   const int64_t wholeBytes = rest / 8;
   const int leftBits = static_cast<int>(rest % 8);
-  if (wholeBytes > 0 && !skipBeforeBlock(wholeBytes, -36)) return false;
+  if (wholeBytes > 0 &&
+      !skipBeforeBlock(wholeBytes, StreamError::FseekFailedSkip, StreamError::FseekFailedSkip))
+    return false;
   if (leftBits > 0) {
     uint8_t byte = 0;
     if (!carry.fetchByte(byte)) {
-      status = stream->errorOr(-34);
+      status = stream->errorOr(StreamError::ReadFailed);
       return false;
     }
     carry.bits = static_cast<uint8_t>(byte & (msb ? ~lowBits(8 - leftBits) : lowBits(leftBits)));

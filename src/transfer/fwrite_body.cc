@@ -63,11 +63,11 @@ int fwriteBody(int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
       } else {
         result = 0;
       }
-    } else if (transfer.status == -1) {
+    } else if (transfer.status == code(StreamError::NoHelp)) {
       if (transfer.count == 0) {
-        file->lastError = -6;
+        file->lastError = code(StreamError::NoSpace);
       } else if (file->permission.read && file->permission.update) {
-        file->lastError = -5;
+        file->lastError = code(StreamError::IsOpenWrite);
       }
     }
   }

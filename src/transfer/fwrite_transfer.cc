@@ -46,7 +46,7 @@ bool FwriteTransfer::write(int bitCount, int64_t repeat, int sizeValue) {
   CarryByte* carry = stream->carryByte();
   if (carry != nullptr && !carry->prepare(bitCount, format, false)) {
     count = 0;
-    status = stream->errorOr(-31);
+    status = stream->errorOr(StreamError::WriteCarryByteFailed);
     return true;
   }
   const uint64_t groups = repeat > 0 ? static_cast<uint64_t>(repeat) : 1;
@@ -80,7 +80,7 @@ bool FwriteTransfer::writeBlock(const void* data, size_t elementBytes, size_t n,
     written = stream->write(n, data, elementBytes);
   }
   status = stream->errorCode;
-  if (written < n && status == 0) status = -1;
+  if (written < n && status == 0) status = code(StreamError::NoHelp);
   return written == n;
 }
 
@@ -93,7 +93,7 @@ bool FwriteTransfer::writeConverted(size_t elementBytes, size_t n, bool swap, si
 bool FwriteTransfer::skipSetup() {
   if (skip == 0) return true;
   if (!stream->getFileSize(fileSize)) {
-    status = stream->errorOr(-45);
+    status = stream->errorOr(StreamError::InternalError);
     count = 0;
     return false;
   }
@@ -123,18 +123,18 @@ size_t FwriteTransfer::nextWriteBlock(size_t limit, uint64_t done, uint64_t repe
   return static_cast<size_t>(block);
 }
 
-bool FwriteTransfer::skipBeforeBlock(int64_t bytes, int fallback) {
+bool FwriteTransfer::skipBeforeBlock(int64_t bytes, StreamError seekCause, StreamError writeCause) {
   int64_t left = bytes;
   if (seekAllowed) {
     int64_t position = 0;
     if (stream->getPosition(position) != 0) {
-      status = stream->errorOr(fallback ? fallback : -45);
+      status = stream->errorOr(seekCause);
       return false;
     }
     const int64_t target = position + bytes;
     if (fileSize > target) {
       if (stream->setPosition(target) != 0) {
-        status = stream->errorOr(fallback ? fallback : -45);
+        status = stream->errorOr(seekCause);
         return false;
       }
       left = 0;
@@ -142,7 +142,7 @@ bool FwriteTransfer::skipBeforeBlock(int64_t bytes, int fallback) {
       // The end is nearer: stand at it and fill the rest with zeros.
       int64_t end = 0;
       if (!stream->getFileSize(end) || stream->setPosition(end) != 0) {
-        status = stream->errorOr(fallback ? fallback : -45);
+        status = stream->errorOr(seekCause);
         return false;
       }
       left = target - end;
@@ -156,7 +156,7 @@ bool FwriteTransfer::skipBeforeBlock(int64_t bytes, int fallback) {
   while (left > 0) {
     size_t n = static_cast<size_t>(std::min<int64_t>(left, static_cast<int64_t>(zeros.size())));
     if (stream->write(n, zeros.data(), 1) != n) {
-      status = stream->errorOr(fallback ? fallback : -1);
+      status = stream->errorOr(writeCause);
       return false;
     }
     left -= static_cast<int64_t>(n);

@@ -59,9 +59,10 @@ class FwriteTransfer {
   // starts a group. 0 when all is written.
   size_t nextWriteBlock(size_t limit, uint64_t done, uint64_t repeat, bool& needSkip) const;
   // Passes `bytes` bytes: seeks while inside the file, writes zeros beyond.
-  // A failure without a code of the stream's own gives `fallback`, or -45
-  // for a seek and -1 for a write when it is 0.
-  bool skipBeforeBlock(int64_t bytes, int fallback = 0);
+  // A failure without a code of the stream's own gives `seekCause` for a
+  // seek and `writeCause` for a write of zeros.
+  bool skipBeforeBlock(int64_t bytes, StreamError seekCause = StreamError::InternalError,
+                       StreamError writeCause = StreamError::NoHelp);
 
   bool directLoop(size_t elementBytes, uint64_t repeat);
   bool convertingLoop(size_t elementBytes, uint64_t repeat, bool swap);
