@@ -1,6 +1,7 @@
 #include "argument_source.h"
 
 #include "element_values.h"
+#include "twhost/stream_errors.h"
 
 namespace Tarnwicks::FileIO {
 
@@ -86,12 +87,12 @@ void printfArgumentSource::loadCurrent() {
 bool printfArgumentSource::requireValue(bool allowEmpty) {
   if (!hasCurrent()) {
     advance();
-    throw -13;
+    throw code(StreamError::NotEnoughArgs);
   }
   if (elementCount != 0) return true;
   advance();
   if (allowEmpty) return false;
-  throw -29;
+  throw code(StreamError::EmptyArg);
 }
 
 int printfArgumentSource::classifyValue(bool numericCheck) {
@@ -125,7 +126,7 @@ uint64_t printfArgumentSource::readUInt64() {
 }
 
 TakenText printfArgumentSource::takeString() {
-  if (!hasCurrent()) throw -13;
+  if (!hasCurrent()) throw code(StreamError::NotEnoughArgs);
   uint64_t n = remaining();
   if (currentIsChar()) {
     // What is left of a char array goes to one %s, whole.
@@ -181,8 +182,8 @@ void printfNumberedArgumentSource::selectArgument(uint64_t number) {
 }
 
 void printfNumberedArgumentSource::advance() {
-  if (!hasCurrent()) throw -44;
-  if (elementCount != 1) throw -43;
+  if (!hasCurrent()) throw code(StreamError::NumberedMoreThanArgc);
+  if (elementCount != 1) throw code(StreamError::NonScalarNumbered);
 }
 
 // ---- matrix rows ------------------------------------------------------------------

@@ -3,12 +3,15 @@
 // The argument arrays are flattened into one sequence of elements, each
 // array in its storage order, one after another. A source knows when an
 // array is used up and when all are, which is what lets the runner reuse a
-// format until the data run out. Faults are thrown as plain ints:
-//   -13 no argument is left for a conversion (the ordinary end of output),
-//   -29 an empty array serves as a star width or precision (translated by
-//       the piece, never reported as such),
-//   -43 a numbered argument does not have exactly one element,
-//   -44 a number beyond the arguments.
+// format until the data run out. Faults are thrown as the int of their
+// StreamError:
+//   NotEnoughArgs         no argument is left for a conversion (the ordinary
+//                         end of output),
+//   EmptyArg              an empty array serves as a star width or precision
+//                         (translated by the piece, never reported as such),
+//   NonScalarNumbered     a numbered argument does not have exactly one
+//                         element,
+//   NumberedMoreThanArgc  a number beyond the arguments.
 #pragma once
 
 #include <cstdint>
@@ -46,8 +49,8 @@ class printfArgumentSource {
 
   void loadCurrent();
   // The gate of every consuming piece. Without a current argument: advance,
-  // then -13. An empty one: advance and return false when allowEmpty, else
-  // advance and throw -29.
+  // then throw NotEnoughArgs. An empty one: advance and return false when
+  // allowEmpty, else advance and throw EmptyArg.
   bool requireValue(bool allowEmpty);
   // 1: the current argument is empty; 3: none is current, or numericCheck is
   // false; 2: the element is Inf or NaN; 0: the piece must test it further.

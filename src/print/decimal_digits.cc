@@ -38,6 +38,9 @@ uint128 powerOfTen(int n) {
   return kPowers.values[n];
 }
 
+// The weight of the lowest bit of a subnormal double is 2^-1074.
+constexpr int kSubnormalExponent = -1074;
+
 bool scaledInteger(double magnitude, int scale, uint128& out) {
   uint64_t bits;
   std::memcpy(&bits, &magnitude, sizeof bits);
@@ -45,7 +48,7 @@ bool scaledInteger(double magnitude, int scale, uint128& out) {
   uint64_t m = bits & ((uint64_t{1} << 52) - 1);
   int e;
   if (biased == 0) {
-    e = -1074;  // subnormal
+    e = kSubnormalExponent;
   } else {
     m |= uint64_t{1} << 52;
     e = biased - 1075;

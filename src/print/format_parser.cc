@@ -1,13 +1,12 @@
 #include "format_parser.h"
 
 #include "escapes.h"
+#include "twhost/stream_errors.h"
 #include "twhost/text.h"
 
 namespace Tarnwicks::FileIO {
 
 namespace {
-
-constexpr int kInvalidFormat = -8;
 
 int conversionKindOf(char16_t c) {
   switch (c) {
@@ -78,7 +77,7 @@ void PrintFormatParser::parse() {
   const char16_t* text = formatText_.c_str();
   size_t n = formatText_.size();
   if (n == 0) {
-    formatError_ = kInvalidFormat;
+    markInvalid();
     return;
   }
   size_t position = 0;
@@ -113,19 +112,23 @@ void PrintFormatParser::parse() {
 // False for a fault and for "%%", whose piece is the "%" already gathered.
 bool PrintFormatParser::checkConversion(const ConversionMatch& m) {
   if (m.conversion.empty()) {
-    formatError_ = kInvalidFormat;
+    markInvalid();
     return false;
   }
   if (formatText_[m.conversion.start] == u'%') {
-    if (m.conversion.start != m.start + 1) formatError_ = kInvalidFormat;
+    if (m.conversion.start != m.start + 1) markInvalid();
     return false;
   }
   return true;
 }
 
+void PrintFormatParser::markInvalid() {
+  formatError_ = code(StreamError::InvalidFormat);
+}
+
 bool PrintFormatParser::setStyle(NumberingStyle style) {
   if (numberingStyle_ != kUndecided && numberingStyle_ != style) {
-    formatError_ = kInvalidFormat;
+    markInvalid();
     return false;
   }
   numberingStyle_ = style;
@@ -154,7 +157,7 @@ void PrintFormatParser::takeFlags(const ConversionMatch& m) {
   for (uint32_t i = 0; i < m.flags.length; ++i) {
     uint32_t bit = flagBit(formatText_[m.flags.start + i]);
     if (flags_ & bit) {
-      formatError_ = kInvalidFormat;
+      markInvalid();
       return;
     }
     flags_ |= bit;
@@ -231,7 +234,7 @@ void PrintFormatParser::takeConversion(const ConversionMatch& m) {
     case 2:
       // Bit patterns are for the unsigned conversions only.
       if (lengthKind_ == 3 || lengthKind_ == 4) {
-        formatError_ = kInvalidFormat;
+        markInvalid();
         return;
       }
       pieceText_.push_back(u'l');
@@ -246,11 +249,11 @@ void PrintFormatParser::takeConversion(const ConversionMatch& m) {
       [[fallthrough]];
     default:
       if (conversionKind_ == 10 && precisionKind_ != kFieldAbsent) {
-        formatError_ = kInvalidFormat;
+        markInvalid();
         return;
       }
       if (lengthKind_ != 0) {
-        formatError_ = kInvalidFormat;
+        markInvalid();
         return;
       }
       break;

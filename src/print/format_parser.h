@@ -1,8 +1,8 @@
 // PrintFormatParser: a print format, parsed once into its pieces.
 //
 // A bad conversion does not spoil what stands before it: the pieces made
-// ahead of it stay usable, and the fault (-8) is thrown only when iteration
-// runs past them, so the text before a bad conversion still prints.
+// ahead of it stay usable, and the fault (InvalidFormat) is thrown only when
+// iteration runs past them, so the text before a bad conversion still prints.
 #pragma once
 
 #include <cstdint>
@@ -52,6 +52,8 @@ class PrintFormatParser {
   void takePrecision(const ConversionMatch& m);
   void takeLength(const ConversionMatch& m);
   void takeConversion(const ConversionMatch& m);
+  // Every fault of a format is InvalidFormat.
+  void markInvalid();
   bool setStyle(NumberingStyle style);
   int32_t numberAt(CaptureSpan span) const;
   void append(CaptureSpan span);

@@ -1,5 +1,7 @@
 #include "format_runner.h"
 
+#include "twhost/stream_errors.h"
+
 namespace Tarnwicks::FileIO {
 
 PrintFormatRunner::PrintFormatRunner(const ustring& format, PrintSink& sink, kxArray* const* args,
@@ -62,7 +64,8 @@ void PrintFormatRunner::runPasses() {
     }
     if (!source_->hasMoreData()) return;
     // Values left over and nothing to consume them.
-    if (parser_.numberingStyle() == PrintFormatParser::kUndecided) throw -9;
+    if (parser_.numberingStyle() == PrintFormatParser::kUndecided)
+      throw code(StreamError::MatchingFailure);
     atPassEnd = runBatch();
     if (!atPassEnd) {
       piece_ = parser_.restartPieces();

@@ -13,6 +13,7 @@
 #include <cstring>
 
 #include "decimal_digits.h"
+#include "fileio/stream.h"
 
 namespace Tarnwicks::FileIO {
 
@@ -47,19 +48,20 @@ void setSignPrefix(bool negative, uint32_t flags, FormattedNumber& out) {
 
 // Runs snprintf, growing into `large` when the small buffer is too short.
 // A failure of the C library (a result it can't count in an int) is thrown
-// as its errno, as a failed formatted write would report it.
+// as its errno, as a failed formatted write would report it, or as NoHelp
+// when errno tells nothing.
 template <class Call>
 void runLibrary(NumberScratch& scratch, FormattedNumber& out, Call call) {
   errno = 0;
   int n = call(scratch.small, sizeof scratch.small);
-  if (n < 0) throw(errno != 0 ? errno : -1);
+  if (n < 0) throw errnoOr(StreamError::NoHelp);
   if (static_cast<size_t>(n) < sizeof scratch.small) {
     out.digits = scratch.small;
   } else {
     scratch.large.resize(static_cast<size_t>(n) + 1);
     errno = 0;
     n = call(scratch.large.data(), scratch.large.size());
-    if (n < 0) throw(errno != 0 ? errno : -1);
+    if (n < 0) throw errnoOr(StreamError::NoHelp);
     out.digits = scratch.large.data();
   }
   out.digitCount = static_cast<size_t>(n);

@@ -20,13 +20,16 @@ enum PrintFlag : uint32_t {
   kFlagZero = 16,      // "0"
 };
 
+// A width or precision that the conversion does not have.
+inline constexpr int32_t kNoField = -1;
+
 // One printf conversion with its fields settled: what "%<flags><width>.<precision>l<conversion>"
-// means. Width and precision are -1 when absent.
+// means. Width and precision are kNoField when absent.
 struct NumberSpec {
   uint32_t flags = 0;
   char conversion = 'd';  // d i o u x X e E f g G
-  int32_t width = -1;
-  int32_t precision = -1;
+  int32_t width = kNoField;
+  int32_t precision = kNoField;
   // The narrow text of a conversion the C library reads in its own odd way
   // (a precision of "." followed by "-" and no digit); null for all others.
   // Such a conversion is always handed to the C library as written.

@@ -6,6 +6,7 @@
 
 #include "pieces.h"
 #include "twhost/errors.h"
+#include "twhost/stream_errors.h"
 
 namespace Tarnwicks::FileIO {
 
@@ -13,22 +14,30 @@ namespace Tarnwicks::FileIO {
 
 FieldValidator::~FieldValidator() = default;
 
-template <int NaN, int Inf, int NegInf, int NonInteger, int Empty>
+template <StreamError NaN, StreamError Inf, StreamError NegInf, StreamError NonInteger,
+          StreamError Empty>
 int32_t FieldValidatorT<NaN, Inf, NegInf, NonInteger, Empty>::validate(double value) const {
-  if (std::isnan(value)) throw -NaN;
-  if (std::isinf(value)) throw std::signbit(value) ? -NegInf : -Inf;
-  if (value > 2147483647.0 || value < -2147483648.0) throw -NonInteger;
+  if (std::isnan(value)) throw code(NaN);
+  if (std::isinf(value)) throw code(std::signbit(value) ? NegInf : Inf);
+  // Beyond an int: the code named for non-integers, which covers only this.
+  if (value > 2147483647.0 || value < -2147483648.0) throw code(NonInteger);
   // A fractional width is cut, not refused.
   return static_cast<int32_t>(value);
 }
 
 const FieldValidator& widthValidator() {
-  static const FieldValidatorT<15, 17, 16, 18, 19> instance;
+  static const FieldValidatorT<StreamError::BadWidthNaN, StreamError::BadWidthInf,
+                               StreamError::BadWidthNegInf, StreamError::BadWidthInt,
+                               StreamError::BadWidthEmptyArg>
+      instance;
   return instance;
 }
 
 const FieldValidator& precisionValidator() {
-  static const FieldValidatorT<20, 22, 21, 23, 24> instance;
+  static const FieldValidatorT<StreamError::BadPrecisionNaN, StreamError::BadPrecisionInf,
+                               StreamError::BadPrecisionNegInf, StreamError::BadPrecisionInt,
+                               StreamError::BadPrecisionEmptyArg>
+      instance;
   return instance;
 }
 
@@ -56,8 +65,8 @@ NumberSpec specOf(const std::string& format, const PieceSetup& s, bool withPreci
   NumberSpec spec;
   spec.flags = s.flags;
   spec.conversion = format.empty() ? 'd' : format.back();
-  spec.width = s.widthKind == kFieldNumber ? s.widthValue : -1;
-  spec.precision = withPrecision && s.precisionKind == kFieldNumber ? s.precisionValue : -1;
+  spec.width = s.widthKind == kFieldNumber ? s.widthValue : kNoField;
+  spec.precision = withPrecision && s.precisionKind == kFieldNumber ? s.precisionValue : kNoField;
   if (format.find(".-") != std::string::npos) {
     spec.verbatim = format.c_str();
     spec.verbatimWidthStar = isStar(s.widthKind);
@@ -137,8 +146,10 @@ void foutFormatPiece::resolve(FieldState& field, printfArgumentSource& source) {
   source.selectArgument(field.value);
   try {
     source.requireValue(false);
-  } catch (int code) {
-    if (code == -29) throw field.validator->emptyArgumentCode();
+  } catch (int fault) {
+    // An empty array as the star's value is reported as the field's own
+    // fault; anything else, NotEnoughArgs included, passes unchanged.
+    if (fault == code(StreamError::EmptyArg)) throw field.validator->emptyArgumentCode();
     throw;
   }
   int32_t v = field.validator->validate(source.readDouble());

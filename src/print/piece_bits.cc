@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "pieces.h"
+#include "twhost/stream_errors.h"
 
 namespace Tarnwicks::FileIO {
 
@@ -81,7 +82,7 @@ void foutFormatPieceForOUXbt<Bits, Float>::print(PrintSink& sink, printfArgument
 template <class Bits, class Float>
 int foutFormatPieceForObt<Bits, Float>::formatDigits(char* buffer, Bits bits) {
   int n = writeDigits(buffer, bits, digitCount<Bits>(8), 8, "01234567");
-  if (n != digitCount<Bits>(8)) throw -45;
+  if (n != digitCount<Bits>(8)) throw code(StreamError::InternalError);
   return n;
 }
 
@@ -96,7 +97,7 @@ uint64_t foutFormatPieceForObt<Bits, Float>::adjustLength(uint64_t& length, int 
 template <class Bits, class Float>
 int foutFormatPieceForUbt<Bits, Float>::formatDigits(char* buffer, Bits bits) {
   int n = writeDigits(buffer, bits, digitCount<Bits>(10), 10, "0123456789");
-  if (n != digitCount<Bits>(10)) throw -45;
+  if (n != digitCount<Bits>(10)) throw code(StreamError::InternalError);
   return n;
 }
 
@@ -109,7 +110,7 @@ template <class Bits, class Float>
 int foutFormatPieceForXbt<Bits, Float>::formatDigits(char* buffer, Bits bits) {
   int n = writeDigits(buffer, bits, digitCount<Bits>(16), 16,
                       upperCase ? "0123456789ABCDEF" : "0123456789abcdef");
-  if (n != digitCount<Bits>(16)) throw -45;
+  if (n != digitCount<Bits>(16)) throw code(StreamError::InternalError);
   return n;
 }
 

@@ -14,6 +14,7 @@
 #include "argument_source.h"
 #include "number_format.h"
 #include "print_sink.h"
+#include "twhost/stream_errors.h"
 
 namespace Tarnwicks::FileIO {
 
@@ -25,8 +26,8 @@ enum fieldKind : int32_t {
   kFieldStar = 3,          // "*": from the next value
 };
 
-// Checks a star value and cuts it to an int; an unusable value throws its
-// code (negated template argument).
+// Checks a star value and cuts it to an int; an unusable value throws the
+// code of its fault.
 class FieldValidator {
  public:
   virtual int32_t validate(double value) const = 0;
@@ -34,11 +35,14 @@ class FieldValidator {
   virtual ~FieldValidator();
 };
 
-template <int NaN, int Inf, int NegInf, int NonInteger, int Empty>
+// The faults of one field: NaN, +Inf, -Inf, beyond an int, and an empty
+// array as its value.
+template <StreamError NaN, StreamError Inf, StreamError NegInf, StreamError NonInteger,
+          StreamError Empty>
 class FieldValidatorT final : public FieldValidator {
  public:
   int32_t validate(double value) const override;
-  int emptyArgumentCode() const override { return -Empty; }
+  int emptyArgumentCode() const override { return code(Empty); }
 };
 
 const FieldValidator& widthValidator();

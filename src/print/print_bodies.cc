@@ -12,15 +12,11 @@
 #include "format_runner.h"
 #include "print_inputs.h"
 #include "twhost/errors.h"
+#include "twhost/stream_errors.h"
 
 namespace Tarnwicks::FileIO {
 
 namespace {
-
-constexpr int kNoSpace = -6;
-constexpr int kIsOpenWrite = -5;
-constexpr int kInvalidFormat = -8;
-constexpr int kWriteCarryByteFailed = -31;
 
 void setCount(int nlhs, kxArray** plhs, bool screen, double count) {
   // On the screen the count is only given when asked for, so that a bare
@@ -54,7 +50,7 @@ int fprintfBody(int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
   fileStream* out = file->getStream();
   bool screen = out->isConsole();
   if (!out->getCarry().finish()) {
-    file->lastError = kWriteCarryByteFailed;
+    file->lastError = code(StreamError::WriteCarryByteFailed);
     if (nlhs >= 1) plhs[0] = kxCreateDoubleScalar(0);
     return 1;
   }
@@ -64,24 +60,24 @@ int fprintfBody(int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
   PrintFormatRunner runner(format, sink, values, static_cast<uint64_t>(valueCount));
   bool ok = runner.run();
   bool flushed = true;
-  int code = runner.errorCode;
+  int fault = runner.errorCode;
   if (ok) {
     flushed = file->endOfWrite();
-  } else if (code == -1) {
-    // A failed write: nothing out at all means a full device; a file open
-    // for reading can't be written.
+  } else if (fault == code(StreamError::NoHelp)) {
+    // A failed write that the stream could not explain: nothing out at all
+    // means a full device; a file open for reading can't be written.
     if (out->bytesWritten == 0) {
-      code = kNoSpace;
+      fault = code(StreamError::NoSpace);
     } else if (!file->permission.write && !file->permission.append && !file->permission.update) {
-      code = kIsOpenWrite;
+      fault = code(StreamError::IsOpenWrite);
     }
   }
   setCount(nlhs, plhs, screen, flushed ? static_cast<double>(out->bytesWritten) : 0.0);
 
   if (escapesFailed) {
-    file->lastError = kInvalidFormat;
-  } else if (code != 0) {
-    file->lastError = code;
+    file->lastError = code(StreamError::InvalidFormat);
+  } else if (fault != 0) {
+    file->lastError = fault;
   } else if (flushed) {
     file->lastError = 0;
   }

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "twhost/stream_errors.h"
+
 namespace Tarnwicks::FileIO {
 
 PrintSink::PrintSink(stream& target, Mode mode, bool asciiTextAsBytes)
@@ -13,7 +15,8 @@ PrintSink::~PrintSink() = default;
 
 void PrintSink::fail() {
   used_ = 0;
-  throw target_.errorOr(-1);
+  // A stream that has no code of its own for the failure reports NoHelp.
+  throw target_.errorOr(StreamError::NoHelp);
 }
 
 void PrintSink::flush() {

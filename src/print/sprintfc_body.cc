@@ -12,12 +12,11 @@
 #include "format_parser.h"
 #include "print_inputs.h"
 #include "twhost/errors.h"
+#include "twhost/stream_errors.h"
 
 namespace Tarnwicks::FileIO {
 
 namespace {
-
-constexpr int kNotEnoughArgs = -13;
 
 // M empty texts in an M by 1 cell: the result when the format can't start.
 void emptyResult(int nlhs, kxArray** plhs, size_t rows, int code) {
@@ -87,8 +86,10 @@ int sprintfcBody(int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
               wrapped = true;
             }
           }
-        } catch (int code) {
-          if (!(code == kNotEnoughArgs && wrapped)) rowError = code;
+        } catch (int fault) {
+          // A last cell of a wrapped format that runs out of values is no
+          // fault.
+          if (!(fault == code(StreamError::NotEnoughArgs) && wrapped)) rowError = fault;
         }
       }
       try {

@@ -6,6 +6,7 @@
 
 #include "print/conversion_matcher.h"
 #include "print/format_parser.h"
+#include "twhost/stream_errors.h"
 #include "twhost/text.h"
 
 namespace {
@@ -15,6 +16,12 @@ using Tarnwicks::FileIO::findConversion;
 using Tarnwicks::FileIO::foutFormatPiece;
 using Tarnwicks::FileIO::PieceKind;
 using Tarnwicks::FileIO::PrintFormatParser;
+
+const int kInvalid = Tarnwicks::FileIO::code(Tarnwicks::FileIO::StreamError::InvalidFormat);
+// Numbering styles.
+const int kNone = PrintFormatParser::kUndecided;
+const int kSeq = PrintFormatParser::kSequential;
+const int kNum = PrintFormatParser::kNumbered;
 
 // A parse summed up: each piece as its narrow format, or as "'text'" for a
 // literal; then the fault, the style and the values a pass takes.
@@ -61,31 +68,35 @@ TEST_P(Parser, Pieces) {
 INSTANTIATE_TEST_SUITE_P(
     Table, Parser,
     ::testing::Values(
-        ParseCase{u"", {}, -8, 0, 0}, ParseCase{u"abc", {"'abc'"}, 0, 0, 0},
-        ParseCase{u"%d", {"%ld"}, 0, 1, 1}, ParseCase{u"%-+5.3d", {"%-+5.3ld"}, 0, 1, 1},
+        ParseCase{u"", {}, kInvalid, kNone, 0}, ParseCase{u"abc", {"'abc'"}, 0, kNone, 0},
+        ParseCase{u"%d", {"%ld"}, 0, kSeq, 1}, ParseCase{u"%-+5.3d", {"%-+5.3ld"}, 0, kSeq, 1},
         // Length modifiers never reach the text: integers are printed long.
-        ParseCase{u"%hd %ld %lu %hx", {"%ld", "' '", "%ld", "' '", "%lu", "' '", "%lx"}, 0, 1, 4},
-        ParseCase{u"x=%5.2f\n", {"'x='", "%5.2f", "'\n'"}, 0, 1, 1},
-        ParseCase{u"%%", {"'%'"}, 0, 0, 0}, ParseCase{u"a%%b", {"'a'", "'%'", "'b'"}, 0, 0, 0},
-        ParseCase{u"%5%", {}, -8, 0, 0}, ParseCase{u"abc%", {"'abc'"}, -8, 0, 0},
-        ParseCase{u"%y", {}, -8, 0, 0}, ParseCase{u"%5", {}, -8, 0, 0},
-        ParseCase{u"%bx %tx %bo %tu", {"%lx", "' '", "%lx", "' '", "%lo", "' '", "%lu"}, 0, 1, 4},
-        ParseCase{u"%bd", {}, -8, 1, 1}, ParseCase{u"%ti", {}, -8, 1, 1},
-        ParseCase{u"%le", {}, -8, 1, 1}, ParseCase{u"%hs", {}, -8, 1, 1},
+        ParseCase{
+            u"%hd %ld %lu %hx", {"%ld", "' '", "%ld", "' '", "%lu", "' '", "%lx"}, 0, kSeq, 4},
+        ParseCase{u"x=%5.2f\n", {"'x='", "%5.2f", "'\n'"}, 0, kSeq, 1},
+        ParseCase{u"%%", {"'%'"}, 0, kNone, 0},
+        ParseCase{u"a%%b", {"'a'", "'%'", "'b'"}, 0, kNone, 0},
+        ParseCase{u"%5%", {}, kInvalid, kNone, 0},
+        ParseCase{u"abc%", {"'abc'"}, kInvalid, kNone, 0}, ParseCase{u"%y", {}, kInvalid, kNone, 0},
+        ParseCase{u"%5", {}, kInvalid, kNone, 0},
+        ParseCase{
+            u"%bx %tx %bo %tu", {"%lx", "' '", "%lx", "' '", "%lo", "' '", "%lu"}, 0, kSeq, 4},
+        ParseCase{u"%bd", {}, kInvalid, kSeq, 1}, ParseCase{u"%ti", {}, kInvalid, kSeq, 1},
+        ParseCase{u"%le", {}, kInvalid, kSeq, 1}, ParseCase{u"%hs", {}, kInvalid, kSeq, 1},
         // A written negative precision is no precision; "." alone is zero.
-        ParseCase{u"%.-3d", {"%ld"}, 0, 1, 1}, ParseCase{u"%.d", {"%.ld"}, 0, 1, 1},
-        ParseCase{u"%--d", {}, -8, 1, 1}, ParseCase{u"%-0d", {"%-0ld"}, 0, 1, 1},
-        ParseCase{u"%05d %50d", {"%05ld", "' '", "%50ld"}, 0, 1, 2},
-        ParseCase{u"%.2c", {}, -8, 1, 1}, ParseCase{u"%.-2c", {"%c"}, 0, 1, 1},
+        ParseCase{u"%.-3d", {"%ld"}, 0, kSeq, 1}, ParseCase{u"%.d", {"%.ld"}, 0, kSeq, 1},
+        ParseCase{u"%--d", {}, kInvalid, kSeq, 1}, ParseCase{u"%-0d", {"%-0ld"}, 0, kSeq, 1},
+        ParseCase{u"%05d %50d", {"%05ld", "' '", "%50ld"}, 0, kSeq, 2},
+        ParseCase{u"%.2c", {}, kInvalid, kSeq, 1}, ParseCase{u"%.-2c", {"%c"}, 0, kSeq, 1},
         // Stars count as values of the pass; numbered ones do not.
-        ParseCase{u"%*.*f", {"%*.*f"}, 0, 1, 3}, ParseCase{u"%2$*1$d", {"%*ld"}, 0, 2, 1},
-        ParseCase{u"%1$d %2$s", {"%ld", "' '", "%s"}, 0, 2, 2},
+        ParseCase{u"%*.*f", {"%*.*f"}, 0, kSeq, 3}, ParseCase{u"%2$*1$d", {"%*ld"}, 0, kNum, 1},
+        ParseCase{u"%1$d %2$s", {"%ld", "' '", "%s"}, 0, kNum, 2},
         // Numbered and sequential don't mix: the fault comes at the second
         // conversion, after the pieces before it.
-        ParseCase{u"%1$d %d", {"%ld", "' '"}, -8, 2, 2},
-        ParseCase{u"%d %1$d", {"%ld", "' '"}, -8, 1, 2}, ParseCase{u"%1$*d", {}, -8, 2, 2},
-        ParseCase{u"%0$d", {}, -8, 0, 0},
-        ParseCase{u"%#o%#x% d%+i", {"%#lo", "%#lx", "% ld", "%+li"}, 0, 1, 4}));
+        ParseCase{u"%1$d %d", {"%ld", "' '"}, kInvalid, kNum, 2},
+        ParseCase{u"%d %1$d", {"%ld", "' '"}, kInvalid, kSeq, 2},
+        ParseCase{u"%1$*d", {}, kInvalid, kNum, 2}, ParseCase{u"%0$d", {}, kInvalid, kNone, 0},
+        ParseCase{u"%#o%#x% d%+i", {"%#lo", "%#lx", "% ld", "%+li"}, 0, kSeq, 4}));
 
 TEST(Parser, AlwaysSignedForcesPlusAndDropsWidth) {
   EXPECT_EQ(parse(u"%5.2f", true).pieces, std::vector<std::string>{"%+.2f"});
@@ -97,7 +108,7 @@ TEST(Parser, AlwaysSignedForcesPlusAndDropsWidth) {
 
 TEST(Parser, FlagsWidthAndPrecisionKinds) {
   PrintFormatParser p(u"%05d%*.*f%3$*2$.*1$x", false);
-  ASSERT_EQ(p.formatError(), -8);  // sequential then numbered
+  ASSERT_EQ(p.formatError(), kInvalid);  // sequential then numbered
   PrintFormatParser q(u"%05d%*.*f", false);
   ASSERT_EQ(q.pieces().size(), 2u);
   const foutFormatPiece& a = *q.pieces()[0];
@@ -122,7 +133,7 @@ TEST(Parser, IterationThrowsTheFaultAfterTheLastPiece) {
     p.nextPiece();
     FAIL() << "no fault thrown";
   } catch (int code) {
-    EXPECT_EQ(code, -8);
+    EXPECT_EQ(code, kInvalid);
   }
   PrintFormatParser numbered(u"%1$d", false);
   EXPECT_NE(numbered.nextPiece(), nullptr);

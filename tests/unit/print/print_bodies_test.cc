@@ -12,6 +12,7 @@
 namespace {
 
 using namespace print_test;
+using E = Tarnwicks::FileIO::StreamError;
 using Tarnwicks::FileIO::FileMgr;
 using Tarnwicks::FileIO::kSlotFprintf;
 using Tarnwicks::FileIO::kSlotSprintf;
@@ -23,15 +24,15 @@ TEST(Sprintf, TextAndErrorText) {
   Outcome r = call(kSlotSprintf, 2, {str("%d %d"), doubles({1, 2, 3})});
   ASSERT_EQ(r.error, "");
   EXPECT_EQ(r.utf8(0), "1 23 ");
-  EXPECT_EQ(r.utf8(1), codeText(-13));
+  EXPECT_EQ(r.utf8(1), codeText(E::NotEnoughArgs));
   EXPECT_EQ(r.status, 0);
 
   r = call(kSlotSprintf, 2, {str("abc"), num(1)});
   EXPECT_EQ(r.utf8(0), "abc");
-  EXPECT_EQ(r.utf8(1), codeText(-9));
+  EXPECT_EQ(r.utf8(1), codeText(E::MatchingFailure));
 
   r = call(kSlotSprintf, 2, {str("%y")});
-  EXPECT_EQ(r.utf8(1), codeText(-8));
+  EXPECT_EQ(r.utf8(1), codeText(E::InvalidFormat));
   // A clean run gives the empty text (0 by 0) as its error.
   r = call(kSlotSprintf, 2, {str("%d"), num(1)});
   EXPECT_EQ(kxGetM(r.at(1)), 0u);
@@ -42,7 +43,7 @@ TEST(Sprintf, EmptyResultIsOneRowNoColumns) {
   Outcome r = call(kSlotSprintf, 2, {str("%s")});
   EXPECT_EQ(kxGetM(r.at(0)), 1u);
   EXPECT_EQ(kxGetN(r.at(0)), 0u);
-  EXPECT_EQ(r.utf8(1), codeText(-13));
+  EXPECT_EQ(r.utf8(1), codeText(E::NotEnoughArgs));
   r = call(kSlotSprintf, 1, {kxCreateString("")});
   EXPECT_EQ(kxGetM(r.at(0)), 1u);
   EXPECT_EQ(kxGetN(r.at(0)), 0u);
@@ -135,13 +136,13 @@ TEST(Sprintfc, LeftJustifiedEndAndRowErrors) {
   // row is reported.
   r = call(kSlotSprintfc, 2, {str("%*d"), doubles({NAN, 3, 1, 4}, 2)});
   EXPECT_EQ(cells(r.at(0)), (std::vector<std::string>{"", "  4"}));
-  EXPECT_EQ(r.utf8(1), codeText(-15));
+  EXPECT_EQ(r.utf8(1), codeText(E::BadWidthNaN));
 }
 
 TEST(Sprintfc, FormatsThatCantStart) {
   Outcome r = call(kSlotSprintfc, 3, {str("%y"), doubles({1, 2}, 2)});
   EXPECT_EQ(cells(r.at(0)), (std::vector<std::string>{"", ""}));
-  EXPECT_EQ(r.utf8(1), codeText(-8));
+  EXPECT_EQ(r.utf8(1), codeText(E::InvalidFormat));
   r = call(kSlotSprintfc, 1, {str("%1$d"), num(1)});
   EXPECT_EQ(r.error, "KORVAN:sprintfc:invalidFormatType");
   EXPECT_EQ(call(kSlotSprintfc, 1, {str("%d"), kxCreateCellMatrix(1, 1)}).error,
@@ -203,7 +204,7 @@ TEST_F(Fprintf, FaultsGoToTheFileError) {
   Outcome r = call(kSlotFprintf, 1, {num(fid), str("%d %d\n"), doubles({1, 2, 3})});
   EXPECT_EQ(r.status, 1);
   EXPECT_EQ(kxGetScalar(r.at(0)), 6);
-  EXPECT_EQ(ferrorText(fid), codeText(-13));
+  EXPECT_EQ(ferrorText(fid), codeText(E::NotEnoughArgs));
   r = call(kSlotFprintf, 1, {num(fid), str("ok\n")});
   EXPECT_EQ(r.status, 0);
   EXPECT_EQ(ferrorText(fid), "");
@@ -211,7 +212,7 @@ TEST_F(Fprintf, FaultsGoToTheFileError) {
     CaughtWarnings warnings;
     r = call(kSlotFprintf, 1, {num(fid), str("x\\y")});
   }
-  EXPECT_EQ(ferrorText(fid), codeText(-8));
+  EXPECT_EQ(ferrorText(fid), codeText(E::InvalidFormat));
   close(fid);
   EXPECT_EQ(readFile("c.txt"), "1 2\n3 ok\nx");
 }

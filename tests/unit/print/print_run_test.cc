@@ -13,6 +13,7 @@
 namespace {
 
 using namespace print_test;
+using E = Tarnwicks::FileIO::StreamError;
 
 const double kInf = std::numeric_limits<double>::infinity();
 const double kNaN = std::numeric_limits<double>::quiet_NaN();
@@ -122,17 +123,25 @@ INSTANTIATE_TEST_SUITE_P(
         RunCase{"fractional star width", "%*d|", [] { return A{num(2.7), num(1)}; }, " 1|", 0},
         RunCase{"star words", "%*d|%*d|", [] { return A{num(6), num(kInf), num(-6), num(kInf)}; },
                 "   Inf|+Inf  |", 0},
-        RunCase{"star nan", "%*d", [] { return A{num(kNaN), num(1)}; }, "", -15},
-        RunCase{"star -inf", "%*d", [] { return A{num(-kInf), num(1)}; }, "", -16},
-        RunCase{"star inf", "%*d", [] { return A{num(kInf), num(1)}; }, "", -17},
-        RunCase{"star too big", "%*d", [] { return A{num(3e9), num(1)}; }, "", -18},
-        RunCase{"star empty", "a%*d", [] { return A{empty(), num(1)}; }, "a", -19},
-        RunCase{"precision nan", "%.*f", [] { return A{num(kNaN), num(1)}; }, "", -20},
-        RunCase{"precision -inf", "%.*f", [] { return A{num(-kInf), num(1)}; }, "", -21},
-        RunCase{"precision inf", "%.*f", [] { return A{num(kInf), num(1)}; }, "", -22},
-        RunCase{"precision too big", "%.*f", [] { return A{num(-3e9), num(1)}; }, "", -23},
-        RunCase{"precision empty", "%.*f", [] { return A{empty(), num(1)}; }, "", -24},
-        RunCase{"star runs out", "%*d", [] { return A{num(3)}; }, "", -13},
+        RunCase{"star nan", "%*d", [] { return A{num(kNaN), num(1)}; }, "", code(E::BadWidthNaN)},
+        RunCase{"star -inf", "%*d", [] { return A{num(-kInf), num(1)}; }, "",
+                code(E::BadWidthNegInf)},
+        RunCase{"star inf", "%*d", [] { return A{num(kInf), num(1)}; }, "", code(E::BadWidthInf)},
+        RunCase{"star too big", "%*d", [] { return A{num(3e9), num(1)}; }, "",
+                code(E::BadWidthInt)},
+        RunCase{"star empty", "a%*d", [] { return A{empty(), num(1)}; }, "a",
+                code(E::BadWidthEmptyArg)},
+        RunCase{"precision nan", "%.*f", [] { return A{num(kNaN), num(1)}; }, "",
+                code(E::BadPrecisionNaN)},
+        RunCase{"precision -inf", "%.*f", [] { return A{num(-kInf), num(1)}; }, "",
+                code(E::BadPrecisionNegInf)},
+        RunCase{"precision inf", "%.*f", [] { return A{num(kInf), num(1)}; }, "",
+                code(E::BadPrecisionInf)},
+        RunCase{"precision too big", "%.*f", [] { return A{num(-3e9), num(1)}; }, "",
+                code(E::BadPrecisionInt)},
+        RunCase{"precision empty", "%.*f", [] { return A{empty(), num(1)}; }, "",
+                code(E::BadPrecisionEmptyArg)},
+        RunCase{"star runs out", "%*d", [] { return A{num(3)}; }, "", code(E::NotEnoughArgs)},
         RunCase{"bits of 1", "%bx %tx %#bx %bX", [] { return A{doubles({1, 1, 1, -2})}; },
                 "3ff0000000000000 3f800000 0x3ff0000000000000 C000000000000000", 0},
         RunCase{"bits of inf", "%bx", [] { return A{num(kInf)}; }, "7ff0000000000000", 0},
@@ -156,7 +165,7 @@ INSTANTIATE_TEST_SUITE_P(
                 [] {
                   return A{doubles({1, 2, 3})};
                 },
-                "1 23 ", -13},
+                "1 23 ", code(E::NotEnoughArgs)},
         RunCase{"reuse across arrays", "%d,",
                 [] {
                   return A{doubles({1, 2}), num(3), doubles({4, 5}, 2)};
@@ -167,18 +176,19 @@ INSTANTIATE_TEST_SUITE_P(
                   return A{doubles({1, 2, 3, 4}, 2)};
                 },
                 "1234", 0},
-        RunCase{"no conversion with data", "abc", [] { return A{num(1)}; }, "abc", -9},
+        RunCase{"no conversion with data", "abc", [] { return A{num(1)}; }, "abc",
+                code(E::MatchingFailure)},
         RunCase{"no data", "abc", [] { return A{}; }, "abc", 0},
-        RunCase{"no values at all", "x=%d\n", [] { return A{}; }, "x=", -13},
-        RunCase{"s without value", "%s", [] { return A{}; }, "", -13},
-        RunCase{"bad conversion", "%y", [] { return A{num(1)}; }, "", -8},
-        RunCase{"empty format", "", [] { return A{num(1)}; }, "", -8},
-        RunCase{"text before a fault", "abc%", [] { return A{}; }, "abc", -8},
+        RunCase{"no values at all", "x=%d\n", [] { return A{}; }, "x=", code(E::NotEnoughArgs)},
+        RunCase{"s without value", "%s", [] { return A{}; }, "", code(E::NotEnoughArgs)},
+        RunCase{"bad conversion", "%y", [] { return A{num(1)}; }, "", code(E::InvalidFormat)},
+        RunCase{"empty format", "", [] { return A{num(1)}; }, "", code(E::InvalidFormat)},
+        RunCase{"text before a fault", "abc%", [] { return A{}; }, "abc", code(E::InvalidFormat)},
         RunCase{"fault after good pieces", "%d %1$d",
                 [] {
                   return A{num(1), num(2)};
                 },
-                "1 ", -8},
+                "1 ", code(E::InvalidFormat)},
         RunCase{"empty mid list", "%d|",
                 [] {
                   return A{num(1), empty(), num(2)};
@@ -223,13 +233,15 @@ INSTANTIATE_TEST_SUITE_P(
                                 return A{num(0), num(2), num(M_PI)};
                               },
                               "3.14", 0},
-                      RunCase{"beyond", "a%3$d", [] { return A{num(1)}; }, "a", -44},
+                      RunCase{"beyond", "a%3$d", [] { return A{num(1)}; }, "a",
+                              code(E::NumberedMoreThanArgc)},
                       RunCase{"not scalar", "a%1$d",
                               [] {
                                 return A{doubles({1, 2})};
                               },
-                              "a", -43},
-                      RunCase{"empty numbered", "a%1$d", [] { return A{empty()}; }, "a", -43},
+                              "a", code(E::NonScalarNumbered)},
+                      RunCase{"empty numbered", "a%1$d", [] { return A{empty()}; }, "a",
+                              code(E::NonScalarNumbered)},
                       RunCase{"numbered text", "%1$s!", [] { return A{str("q")}; }, "q!", 0}));
 
 // The oracle: one conversion of a format against printf, over flags, widths,

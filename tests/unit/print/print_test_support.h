@@ -15,10 +15,12 @@
 #include "support/builtin_calls.h"
 #include "twhost/catalog.h"
 #include "twhost/kx_data.h"
+#include "twhost/stream_errors.h"
 #include "twhost/text.h"
 
 namespace print_test {
 
+using Tarnwicks::FileIO::code;
 using test_support::call;
 using test_support::CaughtWarnings;
 using test_support::num;
@@ -92,6 +94,9 @@ inline std::string cprintf(const char* format, ...) {
 // The text of a stream error code as the second outputs give it.
 inline std::string codeText(int code) {
   return fl::i18n::to_string(kxStreamErrorText(code));
+}
+inline std::string codeText(Tarnwicks::FileIO::StreamError e) {
+  return codeText(Tarnwicks::FileIO::code(e));
 }
 
 }  // namespace print_test
