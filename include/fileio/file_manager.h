@@ -7,6 +7,7 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <vector>
 
 #include "fileio/tw_file.h"
@@ -36,7 +37,7 @@ class FileMgr {
   // the largest in use.
   int allocateFid() const;
   // Takes `file` and returns its fid.
-  int add(twAbsFile* file);
+  int add(std::unique_ptr<twAbsFile> file);
   // Opens a twFile: the fid, or -1 with `error` set (an errno or
   // CannotOpenFile).
   // Raises only for an encoding that can't be opened; no fid stays taken.
@@ -51,7 +52,7 @@ class FileMgr {
   int getFirstUserFid() const { return firstUserFid; }
 
  private:
-  std::map<int, twAbsFile*> files;
+  std::map<int, std::unique_ptr<twAbsFile>> files;  // null once closed
   int openCount = 0;
   int firstUserFid = 3;
 };

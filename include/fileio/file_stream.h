@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdio>
+#include <memory>
 
 #include "fileio/carry_byte.h"
 #include "fileio/safe_sized_string.h"
@@ -45,7 +46,7 @@ class fileStream : public TcodnStream {
   int flush() override;
   void clearError() override;
   void checkEncoding() override;
-  CarryByte* carryByte() override { return carry; }
+  CarryByte* carryByte() override { return carry.get(); }
   // Large writes ask the file system for their blocks up front (fallocate,
   // size unchanged): it then allocates once instead of page by page.
   void reserveSpace(uint64_t bytes) override;
@@ -73,7 +74,7 @@ class fileStream : public TcodnStream {
   const FilePermission* permission;
   int64_t mark = 0;
   uint8_t lastByte = 0;
-  CarryByte* carry = nullptr;
+  std::unique_ptr<CarryByte> carry;
   SafeSizedStringT<char> digits;
 };
 

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 #include <new>
 
 #include "fileio/attributes.h"
@@ -33,7 +34,7 @@ class twAbsFile {
   // The file's stream: null only before open() succeeded. Every screen and
   // file stream is a fileStream, so all of stream, TcodnStream and the carry
   // are reachable through it.
-  fileStream* getStream() const { return stream_; }
+  fileStream* getStream() const { return stream_.get(); }
   FILE* getFile() const { return file; }
 
   // The last step of fwrite and fprintf: with automatic flushing (the
@@ -51,8 +52,8 @@ class twAbsFile {
   int lastError = 0;
 
  protected:
-  fileStream* stream_ = nullptr;  // owned
-  FILE* file = nullptr;           // not closed by the destructor
+  std::unique_ptr<fileStream> stream_;
+  FILE* file = nullptr;  // not closed by the destructor
 };
 
 class twFile : public twAbsFile {
@@ -77,7 +78,7 @@ class twSystemFile : public twAbsFile {
   twSystemFile(const ustring& name, const FilePermission& permission, FILE* cFile)
       : twAbsFile(name, permission, MachineFormat(), EncodingAttribute()) {
     file = cFile;
-    stream_ = new S(cFile, &this->permission);
+    stream_ = std::make_unique<S>(cFile, &this->permission);
   }
 };
 

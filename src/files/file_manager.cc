@@ -20,9 +20,11 @@ namespace {
 }  // namespace
 
 FileMgr::FileMgr() {
-  add(new twSystemFile<screenStreamBase>(u"\"stdin\"", FilePermission("r", 1), stdin));
-  add(new twSystemFile<outputScreenStream>(u"\"stdout\"", FilePermission("a", 1), stdout));
-  add(new twSystemFile<stdErrStream>(u"\"stderr\"", FilePermission("a", 1), stderr));
+  add(std::make_unique<twSystemFile<screenStreamBase>>(u"\"stdin\"", FilePermission("r", 1),
+                                                       stdin));
+  add(std::make_unique<twSystemFile<outputScreenStream>>(u"\"stdout\"", FilePermission("a", 1),
+                                                         stdout));
+  add(std::make_unique<twSystemFile<stdErrStream>>(u"\"stderr\"", FilePermission("a", 1), stderr));
   firstUserFid = openCount;
 }
 
@@ -32,14 +34,13 @@ FileMgr::~FileMgr() {
     // Bits a bit write left waiting would otherwise never reach the file;
     // the C library flushes the rest when the process ends.
     if (fid >= firstUserFid && file->getStream()) file->getStream()->getCarry().finish();
-    delete file;
-    file = nullptr;
+    file.reset();
   }
 }
 
 twAbsFile* FileMgr::lookup(int fid) const {
   auto it = files.find(fid);
-  return it == files.end() ? nullptr : it->second;
+  return it == files.end() ? nullptr : it->second.get();
 }
 
 twAbsFile* FileMgr::require(int fid) const {
@@ -66,9 +67,9 @@ int FileMgr::allocateFid() const {
   return candidate;
 }
 
-int FileMgr::add(twAbsFile* file) {
+int FileMgr::add(std::unique_ptr<twAbsFile> file) {
   int fid = allocateFid();
-  files[fid] = file;
+  files[fid] = std::move(file);
   ++openCount;
   return fid;
 }
@@ -76,20 +77,12 @@ int FileMgr::add(twAbsFile* file) {
 int FileMgr::open(const ustring& name, const FilePermission& permission,
                   const MachineFormat& machineFormat, const EncodingAttribute& encoding,
                   int& error) {
-  twFile* file = new twFile(name, permission, machineFormat, encoding);
-  bool opened;
-  try {
-    opened = file->open();
-  } catch (...) {
-    delete file;
-    throw;
-  }
-  if (opened) {
+  auto file = std::make_unique<twFile>(name, permission, machineFormat, encoding);
+  if (file->open()) {
     error = 0;
-    return add(file);
+    return add(std::move(file));
   }
   error = file->lastError;
-  delete file;
   return -1;
 }
 
@@ -97,8 +90,7 @@ bool FileMgr::close(int fid) {
   auto it = files.find(fid);
   if (it == files.end() || it->second == nullptr || fid < firstUserFid) return false;
   bool closed = it->second->close();
-  delete it->second;
-  it->second = nullptr;
+  it->second.reset();
   --openCount;
   return closed;
 }

@@ -27,12 +27,10 @@ fileStream::fileStream(FILE* f, const char* encoding, const FilePermission* perm
   if (encoding != nullptr && *encoding != '\0' && f != stdin && f != stdout && f != stderr) {
     checkEncoding();
   }
-  carry = new CarryByte(this, perm);
+  carry = std::make_unique<CarryByte>(this, perm);
 }
 
-fileStream::~fileStream() {
-  delete carry;
-}
+fileStream::~fileStream() = default;
 
 void fileStream::recordState() {
   if (errno != 0) {

@@ -20,9 +20,7 @@ twAbsFile::twAbsFile(const ustring& n, const FilePermission& perm, const Machine
                      const EncodingAttribute& enc)
     : name(n), permission(perm), machineFormat(mf), encoding(enc) {}
 
-twAbsFile::~twAbsFile() {
-  delete stream_;
-}
+twAbsFile::~twAbsFile() = default;
 
 bool twAbsFile::endOfWrite() {
   if (stream_ == nullptr || !stream_->hasFile() || !permission.autoFlush) return true;
@@ -63,12 +61,10 @@ bool twFile::open() {
   // when a file is read or written from start to end, and nothing else
   // changes for the user.
   setvbuf(f, nullptr, _IOFBF, kFileBufferSize);
-  try {
-    stream_ = new fileStream(f, encoding.value.c_str(), &permission);
-  } catch (...) {
-    fclose(f);
-    throw;
-  }
+  // Only the encoding can fail, and then the C file must not stay open.
+  std::unique_ptr<FILE, int (*)(FILE*)> closeOnFailure(f, fclose);
+  stream_ = std::make_unique<fileStream>(f, encoding.value.c_str(), &permission);
+  closeOnFailure.release();
   file = f;
   if (!stream_->getFileSize(fileSize)) fileSize = 0;
   lastError = err;
