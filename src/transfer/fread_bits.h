@@ -15,12 +15,12 @@
 
 namespace Tarnwicks::FileIO {
 
-class FreadBitConvert : public FreadClass {
+class FreadBitConvert : public FreadReader {
  public:
-  using FreadClass::FreadClass;
+  using FreadReader::FreadReader;
   void transfer(const FreadSetup& setup) override;
   // The skip is in bits; in bytes it is rounded up.
-  int64_t skipLength() const override { return (skip + 7) / 8; }
+  int64_t skipLength() const override { return (request_.skip() + 7) / 8; }
 
  private:
   // Reads up to `n` fields into the result; returns those produced. A short
@@ -35,7 +35,7 @@ class FreadBitConvert : public FreadClass {
   // or empties it for 0.
   static void keepBits(CarryByte& carry, uint8_t byte, int keep);
 
-  std::vector<unsigned char> bytes;
+  std::vector<unsigned char> bytes_;
 };
 
 }  // namespace Tarnwicks::FileIO

@@ -62,23 +62,14 @@ FreadInputs sortInputs(int nrhs, kxArray** prhs) {
   return in;
 }
 
-// The class of the result. "=>noconvert" keeps the class read; raw bytes
-// kept raw ("*noconvert") are uint8.
-kxClassID resultClassOf(const PrecisionString& p) {
-  if (p.outputCode != kPrecNoConvert) return precisionClass(p.outputCode);
-  if (p.inputCode != kPrecNoConvert) return precisionClass(p.inputCode);
-  return kxUINT8_CLASS;
-}
-
-std::unique_ptr<FreadClass> chooseReader(FileIO::stream* s, const FreadRequest& r,
-                                         const PrecisionString& p) {
-  if (p.format == utGetDataSizeType() && p.bitCount == 0) {
-    if (r.inputClass != r.outputClass) return std::make_unique<FreadDifferent>(s, r);
-    if (r.skip != 0) return std::make_unique<FreadSameWithSkip>(s, r);
+std::unique_ptr<FreadReader> chooseReader(stream& s, const FreadRequest& r) {
+  if (r.format() == utGetDataSizeType() && r.bitCount() == 0) {
+    if (r.inputClass() != r.outputClass()) return std::make_unique<FreadDifferent>(s, r);
+    if (r.skip() != 0) return std::make_unique<FreadSameWithSkip>(s, r);
     return std::make_unique<FreadSameNoSkip>(s, r);
   }
-  if (p.bitCount != 0 && p.inputCode != kPrecChar && p.inputCode != kPrecSingle &&
-      p.inputCode != kPrecDouble) {
+  const int code = r.precision().inputCode;
+  if (r.bitCount() != 0 && code != kPrecChar && code != kPrecSingle && code != kPrecDouble) {
     return std::make_unique<FreadBitConvert>(s, r);
   }
   return std::make_unique<FreadConvert>(s, r);
@@ -110,7 +101,7 @@ int freadBody(int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
   // A repeat count means nothing without a skip.
   if (skip.rows == 0) precision.repeat = 1;
 
-  const kxClassID resultClass = resultClassOf(precision);
+  const kxClassID resultClass = freadResultClass(precision);
   auto giveCount = [&](double n) {
     if (nlhs >= 2) plhs[1] = kxCreateDoubleScalar(n);
   };
@@ -128,29 +119,23 @@ int freadBody(int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
   const size_t unitBytes = noConvert ? kxClassElementSize(resultClass) : 1;
   if (noConvert) size.adjustForNoConvert(unitBytes);
 
-  FileIO::stream* s = file->getStream();
-  FreadRequest request;
-  request.count =
-      static_cast<uint64_t>(size.rows) * static_cast<uint64_t>(size.columns) * unitBytes;
-  request.format = precision.format;
-  request.bitCount = precision.bitCount;
-  request.precision = &precision;
-  request.outputClass = noConvert ? kxUINT8_CLASS : resultClass;
-  request.inputClass = noConvert ? kxUINT8_CLASS : precisionClass(precision.inputCode);
-  request.skip = skip.rows;
-  request.unbounded = size.unbounded;
+  const FreadRequest request(
+      precision, static_cast<uint64_t>(size.rows) * static_cast<uint64_t>(size.columns) * unitBytes,
+      size.unbounded, skip.rows);
 
+  stream* s = file->getStream();
   // The state reported is this call's own.
   s->errorCode = 0;
-  std::unique_ptr<FreadClass> reader = chooseReader(s, request, precision);
+  std::unique_ptr<FreadReader> reader = chooseReader(*s, request);
   reader->run();
 
-  const size_t total = reader->buffer.totalElements();
+  const size_t total = reader->buffer().totalElements();
   const ResultShape shape = freadResultShape(total, static_cast<size_t>(size.rows), size.isMatrix,
                                              resultClass == kxCHAR_CLASS, unitBytes, noConvert);
-  plhs[0] = makeFreadResult(reader->buffer, reader->room, shape, resultClass, unitBytes, noConvert);
+  plhs[0] =
+      makeFreadResult(reader->buffer(), reader->room(), shape, resultClass, unitBytes, noConvert);
 
-  int status = reader->status;
+  int status = reader->status();
   if (status == code(StreamError::NoHelp)) {
     // A short read: a file that can't be read, or its end.
     if (total == 0 && !file->permission.read) {

@@ -30,75 +30,62 @@ size_t freadPieceElements(size_t inBytes, size_t outBytes) {
   return std::max<size_t>(1024, kPieceBytes / widest);
 }
 
-FreadClass::FreadClass(FileIO::stream* s, const FreadRequest& r)
-    : stream(s),
-      count(r.count),
-      format(r.format),
-      bitCount(r.bitCount),
-      precision(r.precision),
-      outputClass(r.outputClass),
-      inputClass(r.inputClass),
-      skip(r.skip),
-      buffer(r.outputClass, 1024, 64, 8388608),
-      helper(r.unbounded ? std::unique_ptr<AllBase>(new AllHelperClass)
-                         : std::unique_ptr<AllBase>(new NHelperClass(r.count))),
-      room(buffer) {
-  if (inputClass == kxCHAR_CLASS) text = dynamic_cast<TcodnStream*>(s);
+FreadReader::FreadReader(stream& input, const FreadRequest& request)
+    : input_(input),
+      request_(request),
+      stop_(request.stopRule()),
+      buffer_(request.outputClass(), 1024, 64, 8388608),
+      room_(buffer_) {
+  if (request.inputClass() == kxCHAR_CLASS) text_ = dynamic_cast<TcodnStream*>(&input);
 }
 
-FreadClass::~FreadClass() = default;
+FreadReader::~FreadReader() = default;
 
-size_t FreadClass::fileElementBytes() const {
-  if (precision->inputCode == kPrecNoConvert) return 1;
-  return precisionBytes(precision->inputCode);
+size_t FreadReader::fileElementBytes() const {
+  if (request_.noConvert()) return 1;
+  return precisionBytes(request_.precision().inputCode);
 }
 
-bool FreadClass::prepareCarry() {
-  CarryByte* carry = stream->carryByte();
-  if (carry == nullptr || carry->prepare(bitCount, format, true)) return true;
-  status = stream->errorOr(StreamError::WriteCarryByteFailed);
+bool FreadReader::prepareCarry() {
+  CarryByte* carry = input_.carryByte();
+  if (carry == nullptr || carry->prepare(request_.bitCount(), request_.format(), true)) return true;
+  status_ = input_.errorOr(StreamError::WriteCarryByteFailed);
   return false;
 }
 
-void FreadClass::run() {
-  if (!prepareCarry()) {
-    count = 0;
-    return;
-  }
+void FreadReader::run() {
+  if (!prepareCarry()) return;
   FreadSetup setup;
   setup.elementBytes = fileElementBytes();
-  status = 0;
+  status_ = 0;
   const int64_t skipBytes = skipLength();
   if (skipBytes != 0) {
-    stream->getPosition(setup.position);
+    input_.getPosition(setup.position);
     setup.useSeek = skipBytes > kLongestReadSkip;
-    if (!stream->getFileSize(setup.fileSize)) {
-      status = stream->errorOr(StreamError::InternalError);
+    if (!input_.getFileSize(setup.fileSize)) {
+      status_ = input_.errorOr(StreamError::InternalError);
       setup.useSeek = false;
       setup.fileSize = 0;
     }
   }
-  if (status != 0) {
-    count = 0;
-    return;
-  }
+  if (status_ != 0) return;
   if (!setup.useSeek && skipBytes > 0) {
     setup.chunk = static_cast<size_t>(std::min(skipBytes, kLongestReadSkip));
     setup.blocks =
         (skipBytes + static_cast<int64_t>(setup.chunk) - 1) / static_cast<int64_t>(setup.chunk);
-    skipScratch.resize(setup.chunk);
+    skipScratch_.resize(setup.chunk);
   }
-  setup.blockSize = helper->blockSize();
-  setup.firstBlock = skip > 0 ? static_cast<size_t>(precision->repeat) : setup.blockSize;
+  setup.blockSize = stop_.blockSize();
+  setup.firstBlock = request_.skip() > 0 ? static_cast<size_t>(request_.repeat()) : setup.blockSize;
   transfer(setup);
 }
 
-size_t FreadClass::elementsLeftInFile(size_t elementBytes, size_t repeat, int64_t skipBytes) {
+size_t FreadReader::elementsLeftInFile(size_t elementBytes, size_t repeat, int64_t skipBytes) {
   // Asking must not leave a trace in the stream's error.
-  const int saved = stream->errorCode;
+  const int saved = input_.errorCode;
   int64_t size = 0, position = 0;
-  bool known = stream->getFileSize(size) && stream->getPosition(position) == 0;
-  stream->errorCode = saved;
+  bool known = input_.getFileSize(size) && input_.getPosition(position) == 0;
+  input_.errorCode = saved;
   if (!known || size <= position || elementBytes == 0) return 0;
   const uint64_t left = static_cast<uint64_t>(size - position);
   if (skipBytes <= 0 || repeat == 0) return left / elementBytes;
@@ -107,88 +94,85 @@ size_t FreadClass::elementsLeftInFile(size_t elementBytes, size_t repeat, int64_
   return (left / group) * repeat + std::min<uint64_t>(repeat, tail / elementBytes);
 }
 
-void FreadClass::presizeResult(size_t elementBytes, size_t repeat, int64_t skipBytes) {
+void FreadReader::presizeResult(size_t elementBytes, size_t repeat, int64_t skipBytes) {
   size_t expected = elementsLeftInFile(elementBytes, repeat, skipBytes);
-  if (!helper->readsAll()) expected = std::min<size_t>(expected, count);
-  room.presize(expected);
+  if (!stop_.readsAll()) expected = std::min<size_t>(expected, stop_.wanted());
+  room_.presize(expected);
 }
 
-size_t FreadClass::readIntoResult(size_t n, size_t elementBytes, bool swap) {
+size_t FreadReader::readIntoResult(size_t n, size_t elementBytes, bool swap) {
   size_t got = 0;
   while (got < n) {
     size_t granted = 0;
-    if (room.available() == 0 && elementBytes <= 8) {
+    if (room_.available() == 0 && elementBytes <= 8) {
       // The known room is full: look for one more element before making a
       // block, so that a read which ends here leaves no empty block behind
       // and the result can adopt a single block without a join.
       unsigned char probe[8];
-      if (stream->read(1, probe, elementBytes) == 0) break;
-      void* p = room.room(1, granted);
+      if (input_.read(1, probe, elementBytes) == 0) break;
+      void* p = room_.room(1, granted);
       std::memcpy(p, probe, elementBytes);
       if (swap) swapBytesInPlace(p, 1, elementBytes);
-      room.used(1);
+      room_.used(1);
       ++got;
       continue;
     }
-    size_t want = std::min(n - got, room.available() != 0 ? room.available() : size_t{65536});
+    size_t want = std::min(n - got, room_.available() != 0 ? room_.available() : size_t{65536});
     // A reversal keeps to pieces that stay in cache between read and swap.
     if (swap) want = std::min(want, kSwapPieceBytes / elementBytes);
-    void* p = room.room(want, granted);
-    size_t came = stream->read(granted, p, elementBytes);
+    void* p = room_.room(want, granted);
+    size_t came = input_.read(granted, p, elementBytes);
     // Reversed while the data just read is still in cache.
     if (swap) swapBytesInPlace(p, came, elementBytes);
-    room.used(came);
+    room_.used(came);
     got += came;
     if (came < granted) break;
   }
   return got;
 }
 
-bool FreadClass::readBlock(OutputBuffer& target, size_t& got, size_t n, size_t elementBytes,
-                           bool all) {
+bool FreadReader::readBlock(OutputBuffer& target, size_t& got, size_t n, size_t elementBytes,
+                            bool all) {
   const size_t before = target.totalElements();
-  if (inputClass == kxCHAR_CLASS && text != nullptr) {
+  if (request_.inputClass() == kxCHAR_CLASS && text_ != nullptr) {
     if (all) {
-      text->readCharsToEnd(target);
+      text_->readCharsToEnd(target);
     } else {
-      text->readCharsCount(target, n);
+      text_->readCharsCount(target, n);
     }
-  } else if (&target == &buffer) {
+  } else if (&target == &buffer_) {
     readIntoResult(all ? SIZE_MAX : n, elementBytes, false);
   } else if (all) {
-    stream->readToEnd(target, elementBytes);
+    input_.readToEnd(target, elementBytes);
   } else {
-    stream->readCount(n, target, elementBytes);
+    input_.readCount(n, target, elementBytes);
   }
   got = target.totalElements() - before;
-  status = stream->errorCode;
-  if (got != n && status == 0) status = code(StreamError::NoHelp);
+  status_ = input_.errorCode;
+  if (got != n && status_ == 0) status_ = code(StreamError::NoHelp);
   return got != n;
 }
 
-bool FreadClass::skipBetween(const FreadSetup& setup, size_t total) {
+bool FreadReader::skipBetween(const FreadSetup& setup) {
   const int64_t bytes = skipLength();
   if (bytes <= 0) return false;
   if (setup.useSeek) {
     int64_t position = 0;
-    if (stream->getPosition(position) != 0) {
-      count = total;
-      status = stream->errorOr(StreamError::InternalError);
+    if (input_.getPosition(position) != 0) {
+      status_ = input_.errorOr(StreamError::InternalError);
       return true;
     }
     if (setup.fileSize < position + bytes) {
       // Never seek beyond the end: stand at it, and let a read raise the
       // end-of-file state.
-      stream->setPosition(setup.fileSize);
+      input_.setPosition(setup.fileSize);
       unsigned char byte;
-      stream->read(1, &byte, 1);
-      count = total;
-      status = stream->errorOr(StreamError::InternalError);
+      input_.read(1, &byte, 1);
+      status_ = input_.errorOr(StreamError::InternalError);
       return true;
     }
-    if (stream->setPosition(position + bytes) != 0) {
-      count = total;
-      status = stream->errorOr(StreamError::InternalError);
+    if (input_.setPosition(position + bytes) != 0) {
+      status_ = input_.errorOr(StreamError::InternalError);
       return true;
     }
     return false;
@@ -196,9 +180,8 @@ bool FreadClass::skipBetween(const FreadSetup& setup, size_t total) {
   int64_t left = bytes;
   for (int64_t b = 0; b < setup.blocks && left > 0; ++b) {
     size_t n = static_cast<size_t>(std::min<int64_t>(left, static_cast<int64_t>(setup.chunk)));
-    if (stream->read(n, skipScratch.data(), 1) < n) {
-      status = stream->errorOr(StreamError::NoHelp);
-      count = total;
+    if (input_.read(n, skipScratch_.data(), 1) < n) {
+      status_ = input_.errorOr(StreamError::NoHelp);
       return true;
     }
     left -= static_cast<int64_t>(n);
@@ -209,65 +192,59 @@ bool FreadClass::skipBetween(const FreadSetup& setup, size_t total) {
 // ---- FreadSameNoSkip --------------------------------------------------------------
 
 void FreadSameNoSkip::run() {
-  if (!prepareCarry()) {
-    count = 0;
-    return;
-  }
-  status = 0;
+  if (!prepareCarry()) return;
+  status_ = 0;
   const size_t bytes = fileElementBytes();
-  if (inputClass != kxCHAR_CLASS) presizeResult(bytes, 1, 0);
+  if (request_.inputClass() != kxCHAR_CLASS) presizeResult(bytes, 1, 0);
   size_t got = 0;
-  readBlock(buffer, got, count, bytes, helper->readsAll());
-  count = got;
+  readBlock(buffer_, got, stop_.wanted(), bytes, stop_.readsAll());
 }
 
 // ---- FreadSameWithSkip ------------------------------------------------------------
 
 void FreadSameWithSkip::transfer(const FreadSetup& setup) {
-  const size_t repeat = static_cast<size_t>(precision->repeat);
-  if (inputClass != kxCHAR_CLASS) presizeResult(setup.elementBytes, repeat, skipLength());
+  const size_t repeat = static_cast<size_t>(request_.repeat());
+  if (request_.inputClass() != kxCHAR_CLASS)
+    presizeResult(setup.elementBytes, repeat, skipLength());
   size_t total = 0;
   size_t block = setup.firstBlock;
-  while (helper->wantsMore(total)) {
-    block = helper->nextBlock(block, total);
+  while (stop_.wantsMore(total)) {
+    block = stop_.nextBlock(block, total);
     size_t got = 0;
-    bool isShort = readBlock(buffer, got, block, setup.elementBytes, false);
+    bool isShort = readBlock(buffer_, got, block, setup.elementBytes, false);
     total += got;
     if (isShort || got < repeat) break;
-    if (skipBetween(setup, total)) return;
+    if (skipBetween(setup)) return;
   }
-  count = total;
 }
 
 // ---- FreadDifferent, FreadConvert --------------------------------------------------
 
 void FreadDifferent::transfer(const FreadSetup& setup) {
   const size_t bytes = setup.elementBytes;
-  const bool swap = needsByteSwap(inputClass, format);
-  const size_t repeat = static_cast<size_t>(precision->repeat);
-  const bool isChar = inputClass == kxCHAR_CLASS;
+  const bool swap = needsByteSwap(request_.inputClass(), request_.format());
+  const size_t repeat = static_cast<size_t>(request_.repeat());
+  const bool isChar = request_.inputClass() == kxCHAR_CLASS;
   // Text goes through the decoder in the blocks of the stop rule; numbers in
   // larger pieces, since piece boundaries change nothing but the cost.
   const size_t pieceLimit =
-      isChar ? setup.blockSize : freadPieceElements(bytes, buffer.getElementSize());
-  size_t block = skip > 0 ? setup.firstBlock
-                          : (isChar ? setup.blockSize : std::max(setup.blockSize, pieceLimit));
+      isChar ? setup.blockSize : freadPieceElements(bytes, buffer_.getElementSize());
+  size_t block = request_.skip() > 0
+                     ? setup.firstBlock
+                     : (isChar ? setup.blockSize : std::max(setup.blockSize, pieceLimit));
   if (!isChar) {
     presizeResult(bytes, repeat, skipLength());
-    if (inputClass != outputClass) scratch.resize(pieceLimit * bytes);
+    if (request_.inputClass() != request_.outputClass()) scratch_.resize(pieceLimit * bytes);
   }
   size_t total = 0;
-  while (helper->wantsMore(total)) {
-    block = helper->nextBlock(block, total);
+  while (stop_.wantsMore(total)) {
+    block = stop_.nextBlock(block, total);
     size_t got = 0;
     bool shortPiece = false;
     while (got < block) {
       size_t piece = std::min(block - got, pieceLimit);
       size_t came = isChar ? readCharPiece(piece) : readPiece(piece, bytes, swap);
-      if (came == 0) {
-        count = total + got;
-        return;
-      }
+      if (came == 0) return;
       got += came;
       if (came < piece) {
         shortPiece = true;
@@ -276,34 +253,33 @@ void FreadDifferent::transfer(const FreadSetup& setup) {
     }
     total += got;
     if (got < repeat || shortPiece) break;
-    if (skipBetween(setup, total)) return;
+    if (skipBetween(setup)) return;
   }
-  count = total;
 }
 
 size_t FreadDifferent::readPiece(size_t n, size_t elementBytes, bool swap) {
   size_t came = 0;
-  if (inputClass == outputClass) {
+  if (request_.inputClass() == request_.outputClass()) {
     // Only the byte order changes: read in place, reversed as it comes.
     came = readIntoResult(n, elementBytes, swap);
   } else {
-    came = stream->read(n, scratch.data(), elementBytes);
-    if (swap) swapBytesInPlace(scratch.data(), came, elementBytes);
-    const unsigned char* from = scratch.data();
+    came = input_.read(n, scratch_.data(), elementBytes);
+    if (swap) swapBytesInPlace(scratch_.data(), came, elementBytes);
+    const unsigned char* from = scratch_.data();
     size_t left = came;
     while (left > 0) {
       size_t granted = 0;
-      void* p = room.room(left, granted);
-      if (!widenElements(outputClass, p, inputClass, from, granted)) {
-        AssignToVoidBuffer(outputClass, p, inputClass, from, granted);
+      void* p = room_.room(left, granted);
+      if (!widenElements(request_.outputClass(), p, request_.inputClass(), from, granted)) {
+        AssignToVoidBuffer(request_.outputClass(), p, request_.inputClass(), from, granted);
       }
-      room.used(granted);
+      room_.used(granted);
       from += granted * elementBytes;
       left -= granted;
     }
   }
-  status = stream->errorCode;
-  if (came != n && status == 0) status = code(StreamError::NoHelp);
+  status_ = input_.errorCode;
+  if (came != n && status_ == 0) status_ = code(StreamError::NoHelp);
   return came;
 }
 
@@ -317,9 +293,9 @@ size_t FreadDifferent::readCharPiece(size_t n) {
   size_t left = joined;
   while (left > 0) {
     size_t granted = 0;
-    void* p = room.room(left, granted);
-    AssignToVoidBuffer(outputClass, p, kxCHAR_CLASS, from, granted);
-    room.used(granted);
+    void* p = room_.room(left, granted);
+    AssignToVoidBuffer(request_.outputClass(), p, kxCHAR_CLASS, from, granted);
+    room_.used(granted);
     from += granted;
     left -= granted;
   }
@@ -328,8 +304,9 @@ size_t FreadDifferent::readCharPiece(size_t n) {
 }
 
 size_t FreadConvert::fileElementBytes() const {
-  if (precision->sizeValue != 0) return static_cast<size_t>(precision->sizeValue);
-  return static_cast<size_t>(utDconvertSize(format, precision->inputCode));
+  if (request_.precision().sizeValue != 0)
+    return static_cast<size_t>(request_.precision().sizeValue);
+  return static_cast<size_t>(utDconvertSize(request_.format(), request_.precision().inputCode));
 }
 
 }  // namespace Tarnwicks::FileIO

@@ -11,19 +11,19 @@
 //   FreadBitConvert    bit fields (fread_bits.h).
 //
 // A reader lives for one call. It never throws on a failure of the file: it
-// stops, keeps what came, and leaves 0, an errno or a negative code in
-// `status`. Nothing is allocated per element; the scratch memory of a call is
+// stops, keeps what came, and leaves 0, an errno or a StreamError code in
+// its status. Nothing is allocated per element; the scratch memory of a call is
 // bounded (a few hundred KiB), whatever the size of the read.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <vector>
 
 #include "fileio/attributes.h"
 #include "fileio/output_buffer.h"
 #include "fileio/stream.h"
+#include "fread_request.h"
 #include "result_room.h"
 #include "stop_rules.h"
 #include "twhost/kx_array.h"
@@ -45,93 +45,79 @@ struct FreadSetup {
   size_t firstBlock = 0;    // `repeat` with a skip, else blockSize
 };
 
-// The settled request of one fread call.
-struct FreadRequest {
-  uint64_t count = 0;  // elements asked for (bytes for "noconvert")
-  int format = 0;      // machine format index of the precision
-  int bitCount = 0;
-  const PrecisionString* precision = nullptr;
-  kxClassID outputClass = kxDOUBLE_CLASS;  // class of the reader's buffer
-  kxClassID inputClass = kxUINT8_CLASS;    // class of the elements in the file
-  int64_t skip = 0;                        // bytes (bits for bit fields)
-  bool unbounded = true;
-};
-
-class FreadClass {
+// The reader of one fread call. Afterwards the buffer holds what came and
+// status() tells why the read stopped early (0 when it did not).
+class FreadReader {
  public:
-  FreadClass(FileIO::stream* s, const FreadRequest& request);
-  virtual ~FreadClass();
-  FreadClass(const FreadClass&) = delete;
-  FreadClass& operator=(const FreadClass&) = delete;
+  // `input` outlives the reader.
+  FreadReader(stream& input, const FreadRequest& request);
+  virtual ~FreadReader();
+  FreadReader(const FreadReader&) = delete;
+  FreadReader& operator=(const FreadReader&) = delete;
 
-  // Reads. Afterwards `count` and `buffer` hold what came, `status` why it
-  // stopped early (0 when it did not).
+  // Reads; never throws for a failure of the file.
   virtual void run();
+
+  int status() const { return status_; }
+  OutputBuffer& buffer() { return buffer_; }
+  // Room in place in the buffer; the result builder pads through it.
+  ResultRoom& room() { return room_; }
+
+ protected:
   virtual void transfer(const FreadSetup& setup) = 0;
   // The skip in bytes.
-  virtual int64_t skipLength() const { return skip; }
+  virtual int64_t skipLength() const { return request_.skip(); }
   // Bytes of one element in the file.
   virtual size_t fileElementBytes() const;
 
-  FileIO::stream* stream;
-  uint64_t count;
-  int format;
-  int bitCount;
-  const PrecisionString* precision;
-  kxClassID outputClass;
-  kxClassID inputClass;
-  int status = 0;
-  int64_t skip;
-  OutputBuffer buffer;
-  std::unique_ptr<AllBase> helper;
-
-  // Room in place in `buffer`; the result builder pads through it.
-  ResultRoom room;
-
- protected:
-  // Starts the carry for this transfer; false (with `status` set) when a
+  // Starts the carry for this transfer; false (with the status set) when a
   // part-byte left by a bit write could not be flushed.
   bool prepareCarry();
   // Reads `n` elements (or all, when `all`) into `target`, growing it. `got`
-  // gets the count. Returns true when `got` differs from `n`; sets `status`
+  // gets the count. Returns true when `got` differs from `n`; sets the status
   // to the stream's error, or NoHelp for a short read without one.
   bool readBlock(OutputBuffer& target, size_t& got, size_t n, size_t elementBytes, bool all);
   // Passes the skip after a group; true when the transfer must stop.
-  bool skipBetween(const FreadSetup& setup, size_t total);
+  bool skipBetween(const FreadSetup& setup);
   // An upper bound of the elements still in the file (0 when unknown), for
   // elements of `elementBytes` in groups of `repeat` with `skipBytes` after
   // each group.
   size_t elementsLeftInFile(size_t elementBytes, size_t repeat, int64_t skipBytes);
   // Sizes the result's first block by what the file still holds.
   void presizeResult(size_t elementBytes, size_t repeat, int64_t skipBytes);
-
-  TcodnStream* text = nullptr;  // the stream's text layer, for char reads
-  std::vector<unsigned char> skipScratch;
-
   // Reads up to `n` elements (SIZE_MAX: to the end) straight into the
   // result's blocks, reversing the bytes of each when `swap`. Returns the
   // elements read; stops at the first short read.
   size_t readIntoResult(size_t n, size_t elementBytes, bool swap);
+
+  stream& input_;
+  const FreadRequest request_;
+  const StopRule stop_;
+  int status_ = 0;
+  OutputBuffer buffer_;
+  ResultRoom room_;
+  TcodnStream* text_ = nullptr;  // the stream's text layer, for char reads
+  std::vector<unsigned char> skipScratch_;
 };
 
 // Native, same class, no skip: the whole read goes straight into the
 // result's blocks (one block when the file's size is known).
-class FreadSameNoSkip : public FreadClass {
+class FreadSameNoSkip : public FreadReader {
  public:
-  using FreadClass::FreadClass;
+  using FreadReader::FreadReader;
   void run() override;
   void transfer(const FreadSetup&) override {}
 };
 
-class FreadSameWithSkip : public FreadClass {
+class FreadSameWithSkip : public FreadReader {
  public:
-  using FreadClass::FreadClass;
+  using FreadReader::FreadReader;
   void transfer(const FreadSetup& setup) override;
 };
 
-class FreadDifferent : public FreadClass {
+class FreadDifferent : public FreadReader {
  public:
-  using FreadClass::FreadClass;
+  using FreadReader::FreadReader;
   void transfer(const FreadSetup& setup) override;
 
  protected:
@@ -140,7 +126,7 @@ class FreadDifferent : public FreadClass {
   size_t readPiece(size_t n, size_t elementBytes, bool swap);
   size_t readCharPiece(size_t n);
 
-  std::vector<unsigned char> scratch;
+  std::vector<unsigned char> scratch_;
 };
 
 class FreadConvert : public FreadDifferent {

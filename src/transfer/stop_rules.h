@@ -1,4 +1,4 @@
-// The stop rules of fread: when a reader has read enough. A reader asks its
+// The stop rule of fread: when a reader has read enough. A reader asks its
 // rule how large the next block may be and whether to go on; the rule holds
 // nothing but the count asked for.
 #pragma once
@@ -8,38 +8,32 @@
 
 namespace Tarnwicks::FileIO {
 
-class AllBase {
+class StopRule {
  public:
-  virtual ~AllBase() = default;
+  // The size is unbounded: read until the file ends.
+  static StopRule atEnd() { return StopRule(true, 0); }
+  // `n` elements were asked for.
+  static StopRule afterCount(size_t n) { return StopRule(false, n); }
+
   // Elements in a block when nothing else bounds it.
-  virtual size_t blockSize() const = 0;
+  size_t blockSize() const { return readsAll_ ? kBlock : std::min(wanted_, kBlock); }
   // True while `done` elements are fewer than wanted.
-  virtual bool wantsMore(size_t done) const = 0;
+  bool wantsMore(size_t done) const { return readsAll_ || wanted_ > done; }
   // The next block: `block`, cut to what is still wanted.
-  virtual size_t nextBlock(size_t block, size_t done) const = 0;
+  size_t nextBlock(size_t block, size_t done) const {
+    return readsAll_ ? block : std::min(block, wanted_ - done);
+  }
   // True when the read goes to the end of the file.
-  virtual bool readsAll() const = 0;
-};
+  bool readsAll() const { return readsAll_; }
+  // The elements asked for; 0 when readsAll().
+  size_t wanted() const { return wanted_; }
 
-// The size is unbounded: read until the file ends.
-class AllHelperClass final : public AllBase {
- public:
-  size_t blockSize() const override { return 1024; }
-  bool wantsMore(size_t) const override { return true; }
-  size_t nextBlock(size_t block, size_t) const override { return block; }
-  bool readsAll() const override { return true; }
-};
+ private:
+  static constexpr size_t kBlock = 1024;
+  StopRule(bool readsAll, size_t wanted) : readsAll_(readsAll), wanted_(wanted) {}
 
-// `n` elements were asked for.
-class NHelperClass final : public AllBase {
- public:
-  explicit NHelperClass(size_t n) : n(n) {}
-  size_t blockSize() const override { return std::min<size_t>(n, 1024); }
-  bool wantsMore(size_t done) const override { return n > done; }
-  size_t nextBlock(size_t block, size_t done) const override { return std::min(block, n - done); }
-  bool readsAll() const override { return false; }
-
-  size_t n;
+  bool readsAll_;
+  size_t wanted_;
 };
 
 }  // namespace Tarnwicks::FileIO
