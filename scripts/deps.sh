@@ -1,14 +1,22 @@
 #!/usr/bin/env bash
-# Installs the Debian packages the build, the tests and the benchmarks need,
-# skipping those already present. Runs apt-get as root, or through sudo.
+# Installs the Debian packages that are missing, as root or through sudo.
+#   scripts/deps.sh        what the build, the tests and the benchmarks need
+#   scripts/deps.sh tour   only what building tw and the library needs
 set -euo pipefail
 
-packages=(
-  cmake ninja-build g++ pkg-config python3
+tour=(
+  cmake ninja-build g++ pkg-config
   libicu-dev libfast-float-dev libedit-dev nlohmann-json3-dev
-  libgtest-dev libgmock-dev libbenchmark-dev
+)
+tests=(
+  python3 libgtest-dev libgmock-dev libbenchmark-dev
   python3-numpy python3-pandas clang-format
 )
+case "${1:-all}" in
+  tour) packages=("${tour[@]}") ;;
+  all) packages=("${tour[@]}" "${tests[@]}") ;;
+  *) echo "usage: scripts/deps.sh [tour]" >&2; exit 2 ;;
+esac
 
 missing=()
 for p in "${packages[@]}"; do

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds, and runs the tour of what works.
+# A first look: installs what is missing for tw alone, builds tw and the
+# library (not the tests or the benchmarks), and runs the tour.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/deps.sh
-scripts/build.sh
+scripts/deps.sh tour
+TW_TESTS=OFF scripts/build.sh tw
 cd examples && ../build/tw tour.tw
