@@ -96,6 +96,7 @@ struct IfClause {
 struct Stmt {
   StmtKind kind;
   int line = 0;
+  int column = 0;
   bool display = true;  // no ';' after it
   ExprPtr expr;         // the expression, the right-hand side, the loop's range or condition
   std::vector<ExprPtr> targets;  // assignments; null for a '~' output

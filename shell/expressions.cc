@@ -57,6 +57,7 @@ Value Interpreter::assignChain(const Value& base, const std::vector<AssignStep>&
     case ExprKind::Field:
     case ExprKind::DynField: {
       std::string name = fieldName(e);
+      at(e);
       if (last) return assignField(base, name, rhs);
       Value sub;
       if (base && kxIsStruct(base.get()) && numelOf(base.get()) == 1) {
@@ -69,6 +70,7 @@ Value Interpreter::assignChain(const Value& base, const std::vector<AssignStep>&
     }
     case ExprKind::Call: {
       Subscripts subs = evalSubscripts(e, base);
+      at(e);
       if (last) return assignParen(base, subs, rhs);
       Value sub;
       if (base) {
@@ -84,6 +86,7 @@ Value Interpreter::assignChain(const Value& base, const std::vector<AssignStep>&
     }
     case ExprKind::Brace: {
       Subscripts subs = evalSubscripts(e, base);
+      at(e);
       if (last) return assignBrace(base, subs, rhs);
       Value sub;
       if (base && kxIsCell(base.get())) {
@@ -168,6 +171,7 @@ bool Interpreter::tryCall(const Expr& e, int nlhs, std::vector<Value>& out) {
   if (!fn) {
     // A chain on a function's result (f(1).x) is not itself a call.
     if (head != root && resolveCallable(*root)) return false;
+    at(*root);
     if (head != root) {
       std::string dotted;
       dottedName(*head, dotted);
@@ -177,16 +181,29 @@ bool Interpreter::tryCall(const Expr& e, int nlhs, std::vector<Value>& out) {
   }
   std::vector<Value> args;
   if (e.kind == ExprKind::Call) evalArguments(e, args);
+  at(e);
   out = call(*fn, nlhs, args);
   return true;
 }
 
-bool Interpreter::logicalScalar(const Expr& e, const char* op) {
-  Value v = eval(e);
+bool Interpreter::logicalScalar(const Expr& operand, const Expr& op) {
+  Value v = eval(operand);
+  at(op);
   const kxArray* a = v.get();
-  if (!isNumericOrLogicalOrChar(a) || numelOf(a) != 1)
-    shellError("NotLogicalScalar", std::string(op));
+  if (!isNumericOrLogicalOrChar(a) || numelOf(a) != 1) {
+    shellError("NotLogicalScalar", std::string(op.kind == ExprKind::AndAnd ? "&&" : "||"));
+  }
   return elementAsDouble(a, 0) != 0 || imagAsDouble(a, 0) != 0;
+}
+
+RangeSteps Interpreter::evalRangeSteps(const Expr& range) {
+  Value start = eval(*range.args[0]);
+  Value step = range.args[1] ? eval(*range.args[1]) : Value();
+  Value stop = eval(*range.args[2]);
+  at(range);
+  return makeRangeSteps(scalarOf(start.get(), "the start of a range"),
+                        step ? scalarOf(step.get(), "the step of a range") : 1.0,
+                        scalarOf(stop.get(), "the end of a range"));
 }
 
 Value Interpreter::eval(const Expr& e) {
@@ -213,36 +230,42 @@ Value Interpreter::eval(const Expr& e) {
       break;
     }
     case ExprKind::Colon:
+      at(e);
       shellError("ColonOutsideIndex");
     case ExprKind::End: {
+      at(e);
       if (ends_.empty()) shellError("EndOutsideIndex");
       const EndFrame& f = ends_.back();
       return makeScalar(static_cast<double>(endValue(f.base, f.position, f.count)));
     }
-    case ExprKind::Unary:
-      return unaryOperation(static_cast<UnaryOp>(e.op), eval(*e.args[0]));
+    case ExprKind::Unary: {
+      Value a = eval(*e.args[0]);
+      at(e);
+      return unaryOperation(static_cast<UnaryOp>(e.op), a);
+    }
     case ExprKind::Binary: {
       Value a = eval(*e.args[0]);
       Value b = eval(*e.args[1]);
+      at(e);
       return binaryOperation(static_cast<BinaryOp>(e.op), a, b);
     }
     case ExprKind::AndAnd:
-      return makeLogical(logicalScalar(*e.args[0], "&&") && logicalScalar(*e.args[1], "&&"));
+      return makeLogical(logicalScalar(*e.args[0], e) && logicalScalar(*e.args[1], e));
     case ExprKind::OrOr:
-      return makeLogical(logicalScalar(*e.args[0], "||") || logicalScalar(*e.args[1], "||"));
-    case ExprKind::Range: {
-      double start = scalarOf(eval(*e.args[0]).get(), "the start of a range");
-      double step = e.args[1] ? scalarOf(eval(*e.args[1]).get(), "the step of a range") : 1.0;
-      double stop = scalarOf(eval(*e.args[2]).get(), "the end of a range");
-      return rangeValue(makeRangeSteps(start, step, stop));
+      return makeLogical(logicalScalar(*e.args[0], e) || logicalScalar(*e.args[1], e));
+    case ExprKind::Range:
+      return rangeValue(evalRangeSteps(e));
+    case ExprKind::Transpose: {
+      Value a = eval(*e.args[0]);
+      at(e);
+      return transposeOf(a, e.op != 0);
     }
-    case ExprKind::Transpose:
-      return transposeOf(eval(*e.args[0]), e.op != 0);
     case ExprKind::Matrix: {
       std::vector<Value> rows, row;
       for (const auto& r : e.rows) {
         row.clear();
         for (const auto& el : r) evalMulti(*el, row);
+        at(e);
         rows.push_back(horizontalJoin(row));
       }
       return rows.empty() ? makeEmpty() : verticalJoin(rows);
@@ -254,6 +277,7 @@ Value Interpreter::eval(const Expr& e) {
         for (const auto& el : r) evalMulti(*el, row);
         if (!row.empty()) rows.push_back(std::move(row));
       }
+      at(e);
       return cellFromRows(rows);
     }
     default:
@@ -261,7 +285,10 @@ Value Interpreter::eval(const Expr& e) {
   }
   std::vector<Value> values;
   evalMulti(e, values);
-  if (values.empty()) shellError("NoValue", rootOf(e)->name);
+  if (values.empty()) {
+    at(e);
+    shellError("NoValue", rootOf(e)->name);
+  }
   return values[0];
 }
 
@@ -282,20 +309,27 @@ void Interpreter::evalMulti(const Expr& e, std::vector<Value>& out) {
       }
       Value base = eval(*e.args[0]);
       if (e.kind == ExprKind::Call) {
-        out.push_back(indexParen(base, evalSubscripts(e, base)));
+        Subscripts subs = evalSubscripts(e, base);
+        at(e);
+        out.push_back(indexParen(base, subs));
       } else {
+        at(e);
         for (Value& v : fieldValues(base, e.name)) out.push_back(std::move(v));
       }
       return;
     }
     case ExprKind::DynField: {
       Value base = eval(*e.args[0]);
-      for (Value& v : fieldValues(base, fieldName(e))) out.push_back(std::move(v));
+      std::string name = fieldName(e);
+      at(e);
+      for (Value& v : fieldValues(base, name)) out.push_back(std::move(v));
       return;
     }
     case ExprKind::Brace: {
       Value base = eval(*e.args[0]);
-      for (Value& v : indexBrace(base, evalSubscripts(e, base))) out.push_back(std::move(v));
+      Subscripts subs = evalSubscripts(e, base);
+      at(e);
+      for (Value& v : indexBrace(base, subs)) out.push_back(std::move(v));
       return;
     }
     default:

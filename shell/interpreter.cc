@@ -1,6 +1,7 @@
 // The workspace, calls, and statements.
 #include "interpreter.h"
 
+#include "interrupt.h"
 #include "operators.h"
 #include "shell_errors.h"
 #include "twhost/errors.h"
@@ -116,7 +117,7 @@ bool Interpreter::isVariable(const std::string& name) const {
 
 void Interpreter::warn(const std::string& identifier, const std::string& message) {
   if (allWarningsOff_ || (!identifier.empty() && warningsOff_.count(identifier))) return;
-  reporter_->warning(identifier, message);
+  reporter_->warning(identifier, message, location());
 }
 
 void Interpreter::setWarningEnabled(const std::string& identifier, bool on) {
@@ -128,6 +129,31 @@ void Interpreter::setWarningEnabled(const std::string& identifier, bool on) {
   } else {
     warningsOff_.insert(identifier);
   }
+}
+
+// ---- where we are -------------------------------------------------------------
+
+void Interpreter::setSource(std::string file, std::string text) {
+  sourceFile_ = std::move(file);
+  sourceText_ = std::move(text);
+  line_ = 0;
+  column_ = 0;
+}
+
+SourceLocation Interpreter::location() const {
+  return locate(sourceFile_, sourceText_, line_, column_);
+}
+
+void Interpreter::at(const Expr& e) {
+  const Expr* start = rootOf(e);
+  line_ = start->line;
+  column_ = start->column;
+}
+
+bool Interpreter::condition(const Expr& e) {
+  Value v = eval(e);
+  at(e);
+  return isTrue(v.get());
 }
 
 // ---- statements -------------------------------------------------------------
@@ -146,7 +172,8 @@ Flow Interpreter::exec(const Block& block) {
 }
 
 Flow Interpreter::execStatement(const Stmt& s) {
-  line_ = s.line;
+  at(s);
+  checkInterrupt();
   switch (s.kind) {
     case StmtKind::Expr:
       execExpression(s);
@@ -159,13 +186,14 @@ Flow Interpreter::execStatement(const Stmt& s) {
       return Flow::Normal;
     case StmtKind::If:
       for (const IfClause& c : s.clauses) {
-        if (!c.condition || isTrue(eval(*c.condition).get())) return exec(c.body);
+        if (!c.condition || condition(*c.condition)) return exec(c.body);
       }
       return Flow::Normal;
     case StmtKind::While:
       for (;;) {
-        line_ = s.line;
-        if (!isTrue(eval(*s.expr).get())) return Flow::Normal;
+        at(s);
+        checkInterrupt();
+        if (!condition(*s.expr)) return Flow::Normal;
         Flow f = exec(s.body);
         if (f == Flow::Break) return Flow::Normal;
         if (f == Flow::Return) return f;
@@ -189,15 +217,13 @@ Flow Interpreter::execStatement(const Stmt& s) {
 Flow Interpreter::execFor(const Stmt& s) {
   Value& var = vars_[s.slot];
   auto body = [&]() {
+    at(s);
+    checkInterrupt();
     Flow f = exec(s.body);
     return f == Flow::Continue ? Flow::Normal : f;
   };
   if (s.expr->kind == ExprKind::Range) {
-    const Expr& r = *s.expr;
-    double start = scalarOf(eval(*r.args[0]).get(), "the start of a range");
-    double step = r.args[1] ? scalarOf(eval(*r.args[1]).get(), "the step of a range") : 1.0;
-    double stop = scalarOf(eval(*r.args[2]).get(), "the end of a range");
-    RangeSteps steps = makeRangeSteps(start, step, stop);
+    RangeSteps steps = evalRangeSteps(*s.expr);
     for (size_t k = 0; k < steps.count; ++k) {
       double v = steps.element(k);
       if (var && var.unique() && isRealDoubleScalar(var.get())) {
@@ -212,6 +238,7 @@ Flow Interpreter::execFor(const Stmt& s) {
     return Flow::Normal;
   }
   Value all = eval(*s.expr);
+  at(*s.expr);
   const kxArray* a = all.get();
   size_t rows = kxGetM(a), cols = numelOf(a) == 0 ? 0 : kxGetN(a);
   for (size_t j = 0; j < cols; ++j) {
@@ -234,6 +261,8 @@ Flow Interpreter::execTry(const Stmt& s) {
   kxErrorReport report;
   try {
     return exec(s.body);
+  } catch (const Interrupted&) {
+    throw;  // Ctrl-C ends the script's statement whatever it catches
   } catch (const fl::except::IUserException& e) {
     // The common case, read without throwing the error again.
     report = {e.get_error_id(), e.get_message()};
@@ -276,6 +305,7 @@ void Interpreter::execAssign(const Stmt& s) {
   } else {
     rhs = eval(*s.expr);
   }
+  at(*s.targets[0]);
   int slot = assignTarget(*s.targets[0], rhs);
   if (s.display) show(symbols_.name(slot), vars_[slot]);
 }
@@ -287,6 +317,7 @@ void Interpreter::execMultiAssign(const Stmt& s) {
   std::vector<int> shown;
   for (int i = 0; i < n; ++i) {
     if (!s.targets[i]) continue;
+    at(*s.targets[i]);
     if (static_cast<size_t>(i) >= values.size() || !values[i]) {
       shellError("TooFewOutputs", static_cast<long>(i + 1));
     }

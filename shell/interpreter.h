@@ -9,6 +9,7 @@
 
 #include "ast.h"
 #include "indexing.h"
+#include "operators.h"
 #include "reporter.h"
 #include "twhost/calls.h"
 #include "twhost/kx_frame.h"
@@ -41,10 +42,16 @@ class Interpreter {
   // A built-in, a registered function, or a package method; null if none.
   const Callable* findFunction(const std::string& name);
 
-  // Runs statements; an uncaught error passes out of here. The line of the
-  // statement running when it happened stays in line().
+  // The source that the statements given to run() were parsed from: `file`
+  // names it in reports (empty at the prompt) and `text` shows its lines.
+  void setSource(std::string file, std::string text);
+
+  // Runs statements; an uncaught error passes out of here, and location()
+  // then tells where it happened.
   void run(const Block& program);
-  int line() const { return line_; }
+  // Where the statement or the part of an expression that runs now, or that
+  // raised the last error, starts.
+  SourceLocation location() const;
 
   // Calls a function; the result holds max(nlhs, 1) slots, empty where the
   // function stored nothing.
@@ -81,7 +88,11 @@ class Interpreter {
 
   Value eval(const Expr& e);
   void evalMulti(const Expr& e, std::vector<Value>& out);
-  bool logicalScalar(const Expr& e, const char* op);
+  // The operand of && or || as one truth value.
+  bool logicalScalar(const Expr& operand, const Expr& op);
+  // The value of an if or while condition.
+  bool condition(const Expr& e);
+  RangeSteps evalRangeSteps(const Expr& range);
   // Calls `e` when it names a function; false when it is not a call.
   bool tryCall(const Expr& e, int nlhs, std::vector<Value>& out);
   const Callable* resolveCallable(const Expr& e);
@@ -93,6 +104,13 @@ class Interpreter {
   Value assignChain(const Value& base, const std::vector<AssignStep>& steps, size_t k,
                     const Value& rhs);
   void show(const std::string& name, const Value& v);
+  // Marks `e` as the part that runs now; a subscript or field chain counts
+  // from its root, so x(4) and s.a.b point at x and s.
+  void at(const Expr& e);
+  void at(const Stmt& s) {
+    line_ = s.line;
+    column_ = s.column;
+  }
 
   Reporter* reporter_;
   SymbolTable symbols_;
@@ -102,7 +120,10 @@ class Interpreter {
   std::unordered_set<std::string> warningsOff_;
   bool allWarningsOff_ = false;
   int ansSlot_;
+  std::string sourceFile_;
+  std::string sourceText_;
   int line_ = 0;
+  int column_ = 0;  // bytes from the start of the line, from 1
   Value emptyValue_;
   Interpreter* previous_;
 };

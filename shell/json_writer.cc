@@ -297,13 +297,22 @@ std::string jsonDisplayRecord(const std::string& name, const kxArray* a) {
 }
 
 std::string jsonMessageRecord(const char* kind, const std::string& identifier,
-                              const std::string& message) {
+                              const std::string& message, const SourceLocation& where) {
+  auto number = [](int n) { return n > 0 ? std::to_string(n) : std::string("null"); };
   std::string out = "{\"";
   out += kind;
   out += "\": {\"identifier\": ";
   appendUtf8String(out, identifier);
   out += ", \"message\": ";
   appendUtf8String(out, message);
+  out += ", \"file\": ";
+  if (where.file.empty()) {
+    out += "null";
+  } else {
+    appendUtf8String(out, where.file);
+  }
+  out += ", \"line\": " + number(where.line);
+  out += ", \"column\": " + number(where.column);
   out += "}}";
   return out;
 }

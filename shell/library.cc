@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <climits>
+#include <cstdlib>
 
 #include "fileio/builtin_table.h"
 #include "interpreter.h"
@@ -19,6 +20,33 @@ std::string defaultLibraryPath() {
   std::string exe(buf, static_cast<size_t>(n));
   size_t slash = exe.rfind('/');
   return (slash == std::string::npos ? std::string(".") : exe.substr(0, slash)) + "/libtwfileio.so";
+}
+
+namespace {
+
+// The compiler's date pads a day below 10 with a space: "Jan  5 2025".
+std::string singleSpaced(const std::string& text) {
+  std::string out;
+  for (char c : text) {
+    if (c == ' ' && (out.empty() || out.back() == ' ')) continue;
+    out += c;
+  }
+  return out;
+}
+
+}  // namespace
+
+std::string readLibraryVersion(const std::string& path, LibraryVersion& out) {
+  void* handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (!handle) return dlerror();
+  auto version = static_cast<const char* const*>(dlsym(handle, "libtwfileio_version"));
+  auto date = static_cast<const char* const*>(dlsym(handle, "libtwfileio_build_date"));
+  if (!version || !date) return path + " does not say its version";
+  out.version = *version;
+  out.buildDate = singleSpaced(*date);
+  char resolved[PATH_MAX];
+  out.path = realpath(path.c_str(), resolved) ? resolved : path;
+  return "";
 }
 
 std::string loadLibrary(const std::string& path, Interpreter& interp) {

@@ -3,24 +3,29 @@
 //   tw [--lib PATH] [--json PATH] SCRIPT
 //   tw [--lib PATH] [--json PATH] -e CODE
 //   tw [--lib PATH] [--json PATH]          (a prompt on a terminal, else stdin)
+//   tw [--lib PATH] --version
 //
-// Exit status: 0 success, 1 an uncaught error, 2 a usage or syntax error.
-#include <editline/readline.h>
+// Exit status: 0 success, 1 an uncaught error, 2 a usage or syntax error,
+// 130 a script stopped by Ctrl-C.
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
-#include <cstdlib>
-#include <fstream>
+#include <cstring>
 #include <iostream>
 #include <memory>
 #include <sstream>
 
 #include "functions.h"
 #include "interpreter.h"
+#include "interrupt.h"
 #include "library.h"
-#include "parser.h"
+#include "prompt.h"
 #include "reporter.h"
 #include "shell_errors.h"
+#include "top_level.h"
 #include "twhost/errors.h"
 
 namespace {
@@ -29,18 +34,31 @@ using namespace tw;
 
 constexpr int kExitError = 1;
 constexpr int kExitUsage = 2;
+constexpr int kExitInterrupted = 130;  // what shells report for a death by SIGINT
+
+// How reports name code that comes from no file.
+const char* const kCommandLineName = "<command line>";
+const char* const kStandardInputName = "<stdin>";
 
 const char* const kUsage =
     "usage: tw [--lib PATH] [--json PATH] [SCRIPT | -e CODE]\n"
+    "       tw [--lib PATH] --version\n"
     "  SCRIPT        run a script file\n"
     "  -e CODE       run the code given\n"
     "  --json PATH   append displayed values, warnings and errors to PATH as JSON records\n"
     "  --lib PATH    load libtwfileio from PATH instead of beside tw\n"
-    "With neither SCRIPT nor -e, tw reads commands at a prompt (or from standard input).\n";
+    "  --version     print the library's version and build date\n"
+    "With neither SCRIPT nor -e, tw reads commands at a prompt (or from standard input).\n"
+    "At the prompt, 'help' lists the functions and 'help NAME' explains one.\n";
 
 int usage(const std::string& problem) {
   std::cerr << "tw: " << problem << "\n" << kUsage;
   return kExitUsage;
+}
+
+int failure(const std::string& problem, int status) {
+  std::cerr << "tw: " << problem << "\n";
+  return status;
 }
 
 void onWarning(const std::string& identifier, const std::string& message) {
@@ -52,89 +70,64 @@ void onWarning(const std::string& identifier, const std::string& message) {
   }
 }
 
-void reportSyntaxError(Reporter& reporter, const SyntaxError& e) {
-  std::string message = "Syntax error at line " + std::to_string(e.line) + ", column " +
-                        std::to_string(e.column) + ": " + e.message + ".";
-  reporter.error("KORVAN:shell:SyntaxError", message, 0);
-}
-
-// Runs a chunk of source; the exit status it calls for.
-int runSource(Interpreter& interp, const std::string& source) {
-  Block program;
-  try {
-    program = parseProgram(source, interp.symbols());
-  } catch (const SyntaxError& e) {
-    reportSyntaxError(interp.reporter(), e);
-    return kExitUsage;
+// The whole file, or why it cannot be had.
+bool readFile(const std::string& path, std::string& out, std::string& why) {
+  int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) {
+    why = std::strerror(errno);
+    return false;
   }
-  try {
-    interp.run(program);
-  } catch (...) {
-    kxErrorReport r = kxDescribeException(std::current_exception());
-    std::fflush(stdout);
-    interp.reporter().error(r.identifier, r.message, interp.line());
-    return kExitError;
+  struct stat info {};
+  if (fstat(fd, &info) == 0 && S_ISDIR(info.st_mode)) {
+    close(fd);
+    why = "it is a folder";
+    return false;
   }
-  std::fflush(stdout);
-  return 0;
-}
-
-std::string trimmed(const std::string& s) {
-  size_t a = s.find_first_not_of(" \t\r");
-  if (a == std::string::npos) return "";
-  size_t b = s.find_last_not_of(" \t\r");
-  return s.substr(a, b - a + 1);
-}
-
-// The prompt: lines are gathered until they make complete statements.
-int interactive(Interpreter& interp) {
-  std::string pending;
+  char buffer[1 << 16];
   for (;;) {
-    char* raw = readline(pending.empty() ? ">> " : ".. ");
-    if (!raw) break;
-    std::string line(raw);
-    std::free(raw);
-    std::string t = trimmed(line);
-    if (pending.empty() && (t == "exit" || t == "quit")) break;
-    if (!t.empty()) add_history(line.c_str());
-    pending += line + "\n";
-    Block program;
-    try {
-      program = parseProgram(pending, interp.symbols());
-    } catch (const SyntaxError& e) {
-      if (e.incomplete) continue;
-      reportSyntaxError(interp.reporter(), e);
-      pending.clear();
-      continue;
+    ssize_t n = read(fd, buffer, sizeof buffer);
+    if (n > 0) {
+      out.append(buffer, static_cast<size_t>(n));
+    } else if (n == 0) {
+      break;
+    } else if (errno != EINTR) {
+      why = std::strerror(errno);
+      close(fd);
+      return false;
     }
-    pending.clear();
-    try {
-      interp.run(program);
-    } catch (...) {
-      kxErrorReport r = kxDescribeException(std::current_exception());
-      std::fflush(stdout);
-      interp.reporter().error(r.identifier, r.message, 0);
-    }
-    std::fflush(stdout);
   }
-  std::cout << "\n";
-  return 0;
+  close(fd);
+  return true;
 }
 
-bool readFile(const std::string& path, std::string& out) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return false;
-  std::ostringstream s;
-  s << in.rdbuf();
-  out = s.str();
-  return true;
+int exitStatus(Outcome outcome) {
+  switch (outcome) {
+    case Outcome::Done:
+      return 0;
+    case Outcome::SyntaxError:
+      return kExitUsage;
+    case Outcome::Error:
+      return kExitError;
+    case Outcome::Interrupted:
+      return kExitInterrupted;
+  }
+  return kExitError;
+}
+
+int printVersion(const std::string& libPath) {
+  LibraryVersion v;
+  std::string problem = readLibraryVersion(libPath, v);
+  if (!problem.empty()) return failure("cannot load the file library: " + problem, kExitError);
+  std::cout << "libtwfileio " << v.version << ", built " << v.buildDate << "\n"
+            << "  " << v.path << "\n";
+  return 0;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   std::string jsonPath, libPath, code, script;
-  bool haveCode = false;
+  bool haveCode = false, version = false;
   for (int i = 1; i < argc; ++i) {
     std::string a = argv[i];
     auto value = [&](std::string& into) {
@@ -152,6 +145,8 @@ int main(int argc, char** argv) {
     } else if (a == "-h" || a == "--help") {
       std::cout << kUsage;
       return 0;
+    } else if (a == "--version") {
+      version = true;
     } else if (!a.empty() && a[0] == '-') {
       return usage("unknown option " + a);
     } else if (script.empty()) {
@@ -161,14 +156,20 @@ int main(int argc, char** argv) {
     }
   }
   if (haveCode && !script.empty()) return usage("give a script or -e, not both");
+  if (libPath.empty()) libPath = defaultLibraryPath();
+  if (version) return printVersion(libPath);
 
-  std::string source;
-  if (!script.empty() && !readFile(script, source)) return usage("cannot read " + script);
+  std::string source, why;
+  if (!script.empty() && !readFile(script, source, why)) {
+    return failure("cannot read " + script + ": " + why, kExitUsage);
+  }
 
   std::unique_ptr<Reporter> reporter;
   if (!jsonPath.empty()) {
     auto json = std::make_unique<JsonReporter>();
-    if (!json->open(jsonPath)) return usage("cannot write " + jsonPath);
+    if (!json->open(jsonPath)) {
+      return failure("cannot write " + jsonPath + ": " + std::strerror(errno), kExitUsage);
+    }
     reporter = std::move(json);
   } else {
     reporter = std::make_unique<ConsoleReporter>();
@@ -178,17 +179,15 @@ int main(int argc, char** argv) {
   Interpreter interp(*reporter);
   registerHostFunctions(interp);
   kxSetWarningHandler(onWarning);
-  if (libPath.empty()) libPath = defaultLibraryPath();
   std::string problem = loadLibrary(libPath, interp);
-  if (!problem.empty()) {
-    std::cerr << "tw: cannot load the file library: " << problem << "\n";
-    return kExitError;
-  }
+  if (!problem.empty()) return failure("cannot load the file library: " + problem, kExitError);
 
-  if (haveCode) return runSource(interp, code);
-  if (!script.empty()) return runSource(interp, source);
-  if (isatty(0)) return interactive(interp);
+  bool prompt = !haveCode && script.empty() && isatty(STDIN_FILENO);
+  if (prompt) return runPrompt(interp);
+  installInterruptHandler(InterruptMode::Script);
+  if (haveCode) return exitStatus(runSource(interp, kCommandLineName, code));
+  if (!script.empty()) return exitStatus(runSource(interp, script, source));
   std::ostringstream in;
   in << std::cin.rdbuf();
-  return runSource(interp, in.str());
+  return exitStatus(runSource(interp, kStandardInputName, in.str()));
 }

@@ -48,6 +48,11 @@ class Parser {
          cur(), at(Tok::End));
   }
 
+  static void startAt(Stmt& s, const Token& t) {
+    s.line = t.line;
+    s.column = t.column;
+  }
+
   ExprPtr node(ExprKind kind, const Token& at) {
     auto e = std::make_unique<Expr>();
     e->kind = kind;
@@ -95,7 +100,7 @@ class Parser {
   Stmt statement() {
     const Token& first = cur();
     Stmt s;
-    s.line = first.line;
+    startAt(s, first);
     switch (first.kind) {
       case Tok::KwIf:
         return ifStatement();
@@ -148,7 +153,7 @@ class Parser {
     const Token& opener = cur();
     Stmt s;
     s.kind = StmtKind::If;
-    s.line = opener.line;
+    startAt(s, opener);
     ++pos_;
     for (;;) {
       IfClause c;
@@ -171,7 +176,7 @@ class Parser {
     const Token& opener = cur();
     Stmt s;
     s.kind = StmtKind::For;
-    s.line = opener.line;
+    startAt(s, opener);
     ++pos_;
     bool paren = accept(Tok::LParen);
     if (!at(Tok::Name)) fail("expected the loop variable after 'for'", cur(), at(Tok::End));
@@ -190,7 +195,7 @@ class Parser {
     const Token& opener = cur();
     Stmt s;
     s.kind = StmtKind::Try;
-    s.line = opener.line;
+    startAt(s, opener);
     ++pos_;
     s.body = block({Tok::KwCatch, Tok::KwEnd});
     if (accept(Tok::KwCatch)) {
@@ -222,7 +227,7 @@ class Parser {
   Stmt multiAssignment() {
     Stmt s;
     s.kind = StmtKind::MultiAssign;
-    s.line = cur().line;
+    startAt(s, cur());
     expect(Tok::LBracket, "");
     for (;;) {
       while (accept(Tok::Comma)) {

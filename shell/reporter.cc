@@ -15,16 +15,33 @@ void ConsoleReporter::display(const std::string& name, const kxArray* value) {
   writeConsoleBytes(KVStream::KVOut, text.data(), text.size());
 }
 
-void ConsoleReporter::warning(const std::string& /*identifier*/, const std::string& message) {
-  std::string text = "Warning: " + message + "\n";
+namespace {
+
+constexpr int kCaretIndent = 4;
+
+// "script.tw:3:5: ", as compilers write it, so that editors can jump there;
+// nothing at the prompt, where the line was just typed.
+std::string prefix(const SourceLocation& where) {
+  if (where.file.empty()) return "";
+  std::string p = where.file + ":";
+  if (where.line > 0) p += std::to_string(where.line) + ":";
+  if (where.column > 0) p += std::to_string(where.column) + ":";
+  return p + " ";
+}
+
+}  // namespace
+
+void ConsoleReporter::warning(const std::string& /*identifier*/, const std::string& message,
+                              const SourceLocation& where) {
+  std::string text = prefix(where) + "Warning: " + message + "\n";
   writeConsoleBytes(KVStream::KVErr, text.data(), text.size());
 }
 
-void ConsoleReporter::error(const std::string& identifier, const std::string& message, int line) {
-  std::string text = "Error: " + message;
+void ConsoleReporter::error(const std::string& identifier, const std::string& message,
+                            const SourceLocation& where) {
+  std::string text = prefix(where) + "Error: " + message;
   if (!identifier.empty()) text += " [" + identifier + "]";
-  if (line > 0) text += " (line " + std::to_string(line) + ")";
-  text += "\n";
+  text += "\n" + caretLines(where, kCaretIndent);
   writeConsoleBytes(KVStream::KVErr, text.data(), text.size());
 }
 
@@ -49,12 +66,14 @@ void JsonReporter::display(const std::string& name, const kxArray* value) {
   write(jsonDisplayRecord(name, value));
 }
 
-void JsonReporter::warning(const std::string& identifier, const std::string& message) {
-  write(jsonMessageRecord("warning", identifier, message));
+void JsonReporter::warning(const std::string& identifier, const std::string& message,
+                           const SourceLocation& where) {
+  write(jsonMessageRecord("warning", identifier, message, where));
 }
 
-void JsonReporter::error(const std::string& identifier, const std::string& message, int) {
-  write(jsonMessageRecord("error", identifier, message));
+void JsonReporter::error(const std::string& identifier, const std::string& message,
+                         const SourceLocation& where) {
+  write(jsonMessageRecord("error", identifier, message, where));
 }
 
 }  // namespace tw

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <string>
 
+#include "source_location.h"
 #include "twhost/kx_array.h"
 
 namespace tw {
@@ -13,16 +14,19 @@ class Reporter {
  public:
   virtual ~Reporter() = default;
   virtual void display(const std::string& name, const kxArray* value) = 0;
-  virtual void warning(const std::string& identifier, const std::string& message) = 0;
-  // `line` is 0 when unknown.
-  virtual void error(const std::string& identifier, const std::string& message, int line) = 0;
+  virtual void warning(const std::string& identifier, const std::string& message,
+                       const SourceLocation& where) = 0;
+  virtual void error(const std::string& identifier, const std::string& message,
+                     const SourceLocation& where) = 0;
 };
 
 class ConsoleReporter : public Reporter {
  public:
   void display(const std::string& name, const kxArray* value) override;
-  void warning(const std::string& identifier, const std::string& message) override;
-  void error(const std::string& identifier, const std::string& message, int line) override;
+  void warning(const std::string& identifier, const std::string& message,
+               const SourceLocation& where) override;
+  void error(const std::string& identifier, const std::string& message,
+             const SourceLocation& where) override;
 };
 
 class JsonReporter : public Reporter {
@@ -31,8 +35,10 @@ class JsonReporter : public Reporter {
   bool open(const std::string& path);
   ~JsonReporter() override;
   void display(const std::string& name, const kxArray* value) override;
-  void warning(const std::string& identifier, const std::string& message) override;
-  void error(const std::string& identifier, const std::string& message, int line) override;
+  void warning(const std::string& identifier, const std::string& message,
+               const SourceLocation& where) override;
+  void error(const std::string& identifier, const std::string& message,
+             const SourceLocation& where) override;
 
  private:
   void write(const std::string& record);

@@ -12,6 +12,7 @@ struct Text {
 
 const Text kTexts[] = {
     {"SyntaxError", "{0}"},
+    {"Interrupted", "Interrupted by Ctrl-C."},
     {"UndefinedName", "'{0}' is not a variable or a function."},
     {"UndefinedFunction", "There is no function named '{0}'."},
     {"UndefinedDotted", "'{0}' is not a variable, a function or a package method."},

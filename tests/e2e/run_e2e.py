@@ -7,7 +7,9 @@
 The script runs in a fresh temporary folder (so files it makes vanish), as
 `TW --json OUT SCRIPT.tw`. Every line of OUT is a JSON record; line k must be
 JSON-equal to line k of SCRIPT.expected (key order and spacing do not matter;
-blank lines in the .expected file are skipped).
+blank lines in the .expected file are skipped). Error and warning records name
+the script in "file"; that path is cut to the script's file name, so that the
+.expected files do not depend on where the tree stands.
 
 The exit status of tw must be 0, unless the script's first line is a comment
 `% exit: N`.
@@ -45,6 +47,24 @@ def parse_lines(text, origin):
     return records
 
 
+def with_file_names(text, script):
+    """The records with the script's path in "file" cut to its name."""
+    lines = []
+    for line in text.splitlines():
+        try:
+            record = json.loads(line)
+        except json.JSONDecodeError:
+            lines.append(line)
+            continue
+        for kind in ("error", "warning"):
+            body = record.get(kind) if isinstance(record, dict) else None
+            if isinstance(body, dict) and body.get("file") == script:
+                body["file"] = os.path.basename(script)
+                line = json.dumps(record)
+        lines.append(line)
+    return "".join(line + "\n" for line in lines)
+
+
 def show(title, text):
     text = text.rstrip("\n")
     if text:
@@ -75,7 +95,7 @@ def main(argv):
         actual_text = ""
         if os.path.exists(out_path):
             with open(out_path, encoding="utf-8") as f:
-                actual_text = f.read()
+                actual_text = with_file_names(f.read(), script)
 
     if update:
         with open(expected_path, "w", encoding="utf-8") as f:

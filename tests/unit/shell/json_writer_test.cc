@@ -121,8 +121,14 @@ TEST(JsonWriter, RecordsWrapValuesAndMessages) {
   kxOwned a(kxCreateDoubleScalar(2));
   EXPECT_EQ(jsonDisplayRecord("x", a.get()),
             R"({"name": "x", "value": {"class": "double", "size": [1, 1], "real": [2]}})");
-  EXPECT_EQ(jsonMessageRecord("warning", "a:b", "caf\xC3\xA9"),
-            R"({"warning": {"identifier": "a:b", "message": "caf\u00E9"}})");
+  SourceLocation where{"s.tw", 3, 5, "x = y"};
+  EXPECT_EQ(jsonMessageRecord("warning", "a:b", "caf\xC3\xA9", where),
+            R"({"warning": {"identifier": "a:b", "message": "caf\u00E9", "file": "s.tw", )"
+            R"("line": 3, "column": 5}})");
+  // At the prompt there is no file, and a location can be unknown.
+  EXPECT_EQ(jsonMessageRecord("error", "a:b", "m", SourceLocation{}),
+            R"({"error": {"identifier": "a:b", "message": "m", "file": null, "line": null, )"
+            R"("column": null}})");
 }
 
 }  // namespace
