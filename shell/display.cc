@@ -1,12 +1,15 @@
 // Value display.
 #include "display.h"
 
+#include <sys/ioctl.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <vector>
 
-#include "number_text.h"
 #include "twhost/text.h"
 #include "value.h"
 
@@ -15,55 +18,10 @@ namespace tw {
 namespace {
 
 constexpr int kStep = 4;
+constexpr int kColumnGap = 3;
 
 std::string pad(int n) {
   return std::string(static_cast<size_t>(n), ' ');
-}
-
-std::string realText(double v) {
-  if (std::isnan(v)) return "NaN";
-  if (std::isinf(v)) return v > 0 ? "Inf" : "-Inf";
-  if (v == std::floor(v) && std::fabs(v) < 1e15) {
-    char buf[32];
-    std::snprintf(buf, sizeof buf, "%.0f", v == 0 ? 0.0 : v);
-    return buf;
-  }
-  return shortestText(v);
-}
-
-std::string singleText(float v) {
-  if (std::isnan(v) || std::isinf(v) || (v == std::floor(v) && std::fabs(v) < 1e7)) {
-    return realText(v);
-  }
-  return shortestText(v);
-}
-
-std::string elementText(const kxArray* a, size_t i) {
-  kxClassID cls = kxGetClassID(a);
-  std::string re;
-  switch (cls) {
-    case kxDOUBLE_CLASS:
-      re = realText(kxGetPr(a)[i]);
-      break;
-    case kxSINGLE_CLASS:
-      re = singleText(static_cast<const float*>(kxGetData(a))[i]);
-      break;
-    case kxINT64_CLASS:
-      re = std::to_string(static_cast<const int64_t*>(kxGetData(a))[i]);
-      break;
-    case kxUINT64_CLASS:
-      re = std::to_string(static_cast<const uint64_t*>(kxGetData(a))[i]);
-      break;
-    default:
-      re = realText(elementAsDouble(a, i));
-      break;
-  }
-  if (!kxIsComplex(a)) return re;
-  double im = imagAsDouble(a, i);
-  std::string imText = cls == kxSINGLE_CLASS ? singleText(static_cast<float>(std::fabs(im)))
-                                             : realText(std::fabs(im));
-  if (std::isnan(im)) imText = "NaN";
-  return re + (std::signbit(im) ? " - " : " + ") + imText + "i";
 }
 
 std::string quoted(const ustring& text) {
@@ -112,24 +70,46 @@ void forEachPage(const kxArray* a, F&& page) {
   }
 }
 
-void renderNumbers(std::string& out, const kxArray* a, int indent) {
+// Columns [first, last) of a page, right-aligned to one width.
+void renderColumns(std::string& out, const std::vector<std::string>& texts, size_t width, size_t m,
+                   size_t first, size_t last, int indent) {
+  for (size_t i = 0; i < m; ++i) {
+    std::string line = pad(indent);
+    for (size_t j = first; j < last; ++j) {
+      const std::string& t = texts[j * m + i];
+      line += pad(static_cast<int>(width - t.size()) + (j > first ? kColumnGap : 0)) + t;
+    }
+    out += line + "\n";
+  }
+}
+
+// The elements in aligned columns of one width. Columns that would run past
+// the width of the line go in further blocks, each headed by the columns it
+// holds.
+void renderNumbers(std::string& out, const kxArray* a, int indent, const DisplayOptions& options) {
+  NumberStyle style(a, options.format);
+  std::string factor = style.factorText();
+  if (!factor.empty()) out += pad(indent) + factor + "\n";
   forEachPage(a, [&](const std::string& label, size_t offset, size_t m, size_t n) {
     if (!label.empty()) out += pad(indent) + label + "\n";
     std::vector<std::string> texts(m * n);
-    std::vector<size_t> width(n, 0);
-    for (size_t j = 0; j < n; ++j) {
-      for (size_t i = 0; i < m; ++i) {
-        texts[j * m + i] = elementText(a, offset + j * m + i);
-        width[j] = std::max(width[j], texts[j * m + i].size());
-      }
+    size_t width = 0;
+    for (size_t k = 0; k < m * n; ++k) {
+      texts[k] = style.text(a, offset + k);
+      width = std::max(width, texts[k].size());
     }
-    for (size_t i = 0; i < m; ++i) {
-      std::string line = pad(indent);
-      for (size_t j = 0; j < n; ++j) {
-        const std::string& t = texts[j * m + i];
-        line += pad(static_cast<int>(width[j] - t.size()) + (j ? 3 : 0)) + t;
+    size_t room = static_cast<size_t>(std::max(options.width - indent, 1));
+    size_t perBlock = std::max<size_t>(1, (room + kColumnGap) / (width + kColumnGap));
+    for (size_t first = 0; first < n; first += perBlock) {
+      size_t last = std::min(n, first + perBlock);
+      if (perBlock < n) {
+        out += pad(indent) +
+               (last - first == 1
+                    ? "Column " + std::to_string(first + 1)
+                    : "Columns " + std::to_string(first + 1) + " to " + std::to_string(last)) +
+               "\n";
       }
-      out += line + "\n";
+      renderColumns(out, texts, width, m, first, last, indent);
     }
   });
 }
@@ -185,9 +165,10 @@ std::string dateText(double high, double low) {
   return buf;
 }
 
-void render(std::string& out, const std::string& label, const kxArray* a, int indent);
+void render(std::string& out, const std::string& label, const kxArray* a, int indent,
+            const DisplayOptions& options);
 
-void renderObject(std::string& out, const kxArray* a, int indent) {
+void renderObject(std::string& out, const kxArray* a, int indent, const DisplayOptions& options) {
   const kxArray* props = kxGetObjectProperties(a);
   std::string cls = kxGetObjectClassName(a);
   size_t n = numelOf(a);
@@ -215,16 +196,17 @@ void renderObject(std::string& out, const kxArray* a, int indent) {
       out += pad(indent) + text + "\n";
     }
   } else if (props) {
-    render(out, "properties", props, indent);
+    render(out, "properties", props, indent, options);
   }
 }
 
-void renderStructFields(std::string& out, const kxArray* a, size_t index, int indent) {
+void renderStructFields(std::string& out, const kxArray* a, size_t index, int indent,
+                        const DisplayOptions& options) {
   for (int f = 0; f < kxGetNumberOfFields(a); ++f) {
     const kxArray* v = kxGetFieldByNumber(a, index, f);
     std::string name = kxGetFieldNameByNumber(a, f);
     if (v) {
-      render(out, name, v, indent);
+      render(out, name, v, indent, options);
     } else {
       out += pad(indent) + name + " = []\n";
     }
@@ -233,13 +215,14 @@ void renderStructFields(std::string& out, const kxArray* a, size_t index, int in
 
 // The value after "label = ": inline when it fits on the line, else a
 // header and an indented body.
-void render(std::string& out, const std::string& label, const kxArray* a, int indent) {
+void render(std::string& out, const std::string& label, const kxArray* a, int indent,
+            const DisplayOptions& options) {
   std::string lead = pad(indent) + label + " = ";
   size_t n = numelOf(a);
   int inner = indent + kStep;
   if (kxIsObject(a)) {
     out += lead + header(a) + "\n";
-    renderObject(out, a, inner);
+    renderObject(out, a, inner, options);
     return;
   }
   if (kxIsStruct(a)) {
@@ -249,14 +232,14 @@ void render(std::string& out, const std::string& label, const kxArray* a, int in
     }
     if (n == 1) {
       out += lead + header(a) + "\n";
-      renderStructFields(out, a, 0, inner);
+      renderStructFields(out, a, 0, inner, options);
       return;
     }
     out += lead + header(a) + " (fields: " + (fields.empty() ? "none" : fields) + ")\n";
     std::vector<size_t> dims = dimsOf(a);
     for (size_t i = 0; i < n; ++i) {
       out += pad(inner) + "(" + subscriptText(dims, i) + ") =\n";
-      renderStructFields(out, a, i, inner + kStep);
+      renderStructFields(out, a, i, inner + kStep, options);
     }
     return;
   }
@@ -271,7 +254,7 @@ void render(std::string& out, const std::string& label, const kxArray* a, int in
       const kxArray* e = kxGetCell(a, i);
       std::string l = "{" + subscriptText(dims, i) + "}";
       if (e) {
-        render(out, l, e, inner);
+        render(out, l, e, inner, options);
       } else {
         out += pad(inner) + l + " = []\n";
       }
@@ -292,31 +275,31 @@ void render(std::string& out, const std::string& label, const kxArray* a, int in
     return;
   }
   if (n == 1 && !kxIsSparse(a)) {
-    std::string text = elementText(a, 0);
+    std::string text = NumberStyle(a, options.format).text(a, 0);
     if (!kxIsDouble(a)) text += " (" + className(a) + ")";
     out += lead + text + "\n";
     return;
   }
   out += lead + header(a) + "\n";
-  renderNumbers(out, a, inner);
+  renderNumbers(out, a, inner, options);
 }
 
 }  // namespace
 
-std::string displayText(const std::string& name, const kxArray* a) {
+std::string displayText(const std::string& name, const kxArray* a, const DisplayOptions& options) {
   std::string out;
-  render(out, name, a, 0);
+  render(out, name, a, 0, options);
   return out;
 }
 
-std::string dispText(const kxArray* a) {
+std::string dispText(const kxArray* a, const DisplayOptions& options) {
   size_t n = numelOf(a);
   if (isCharRow(a)) return fl::i18n::to_string(ustring(kxGetChars(a), n)) + "\n";
   if (n == 0 && !kxIsStruct(a) && !kxIsObject(a)) return "";
   if (isNumericOrLogicalOrChar(a) && !kxIsChar(a)) {
     std::string out;
-    if (n == 1) return elementText(a, 0) + "\n";
-    renderNumbers(out, a, kStep);
+    if (n == 1) return NumberStyle(a, options.format).text(a, 0) + "\n";
+    renderNumbers(out, a, kStep, options);
     return out;
   }
   if (kxIsChar(a)) {
@@ -326,9 +309,22 @@ std::string dispText(const kxArray* a) {
   }
   // Containers: the nested form, without the name line.
   std::string out;
-  render(out, "", a, 0);
+  render(out, "", a, 0, options);
   size_t eol = out.find('\n');
   return eol == std::string::npos ? out : out.substr(eol + 1);
+}
+
+int terminalWidth() {
+  constexpr int kDefaultWidth = 80;
+  winsize size{};
+  if (isatty(STDOUT_FILENO) && ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
+    return size.ws_col;
+  }
+  if (const char* columns = std::getenv("COLUMNS")) {
+    int n = std::atoi(columns);
+    if (n > 0) return n;
+  }
+  return kDefaultWidth;
 }
 
 }  // namespace tw

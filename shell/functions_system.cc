@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -101,10 +102,25 @@ std::string expandedPath(const std::string& name) {
 void registerSystemFunctions(Interpreter& interp) {
   Interpreter* ip = &interp;
 
-  kxRegisterFunction("disp", [](int nlhs, kxArray**, int nrhs, kxArray** prhs) {
+  kxRegisterFunction("disp", [ip](int nlhs, kxArray**, int nrhs, kxArray** prhs) {
     checkArgCount("disp", nrhs, 1, 1);
     checkOutCount("disp", nlhs, 0);
-    writeOut(dispText(prhs[0]));
+    writeOut(dispText(prhs[0], {ip->numberFormat(), terminalWidth()}));
+  });
+
+  // format, format short, format long: how the console shows numbers.
+  kxRegisterFunction("format", [ip](int nlhs, kxArray**, int nrhs, kxArray** prhs) {
+    checkArgCount("format", nrhs, 0, 1);
+    checkOutCount("format", nlhs, 0);
+    std::string style = nrhs ? textArgument(prhs[0], "a format") : "short";
+    for (char& c : style) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    if (style == "short") {
+      ip->setNumberFormat(NumberFormat::Short);
+    } else if (style == "long") {
+      ip->setNumberFormat(NumberFormat::Long);
+    } else {
+      shellError("BadFormat", style);
+    }
   });
 
   kxRegisterFunction("error", [ip](int nlhs, kxArray**, int nrhs, kxArray** prhs) {

@@ -274,7 +274,7 @@ Flow Interpreter::execTry(const Stmt& s) {
 }
 
 void Interpreter::show(const std::string& name, const Value& v) {
-  reporter_->display(name, v.get());
+  reporter_->display(name, v.get(), numberFormat_);
 }
 
 void Interpreter::execExpression(const Stmt& s) {

@@ -61,6 +61,10 @@ class Interpreter {
 
   bool isVariable(const std::string& name) const;
 
+  // How the console shows numbers: set by format, read by display and disp.
+  NumberFormat numberFormat() const { return numberFormat_; }
+  void setNumberFormat(NumberFormat f) { numberFormat_ = f; }
+
   // Warnings pass through here so that they can be turned off by identifier.
   void warn(const std::string& identifier, const std::string& message);
   void setWarningEnabled(const std::string& identifier, bool on);
@@ -119,6 +123,7 @@ class Interpreter {
   std::unordered_map<std::string, std::unique_ptr<Callable>> callables_;
   std::unordered_set<std::string> warningsOff_;
   bool allWarningsOff_ = false;
+  NumberFormat numberFormat_ = NumberFormat::Short;
   int ansSlot_;
   std::string sourceFile_;
   std::string sourceText_;

@@ -21,6 +21,12 @@ const std::unordered_map<std::string, Tok>& keywords() {
   return k;
 }
 
+// Names that take their arguments as words when written as commands:
+// "format long" is format('long').
+bool isCommandWord(const std::string& name) {
+  return name == "help" || name == "format";
+}
+
 bool isNameStart(char c) {
   return std::isalpha(static_cast<unsigned char>(c));
 }
@@ -249,7 +255,49 @@ class Lexer {
     sawSpace_ = false;
   }
 
+  bool atStatementStart() const {
+    if (!brackets_.empty()) return false;
+    if (out_.empty()) return true;
+    Tok last = out_.back().kind;
+    return last == Tok::Newline || last == Tok::Semicolon || last == Tok::Comma;
+  }
+
+  bool endsCommand(char c) const {
+    return c == '\0' || c == '\n' || c == '\r' || c == ',' || c == ';' || c == '%';
+  }
+
+  // After a command word and a blank: unless what follows makes it an
+  // expression (an assignment or a call), the rest of the statement is
+  // words, each passed as a text.
+  bool commandArguments() {
+    size_t p = pos_;
+    while (p < src_.size() && (src_[p] == ' ' || src_[p] == '\t')) ++p;
+    if (p == pos_ || p >= src_.size()) return false;
+    char next = src_[p];
+    if (endsCommand(next) || next == '=' || next == '(') return false;
+    pos_ = p;
+    push(Tok::LParen);
+    bool first = true;
+    for (;;) {
+      while (peek() == ' ' || peek() == '\t') ++pos_;
+      if (endsCommand(peek())) break;
+      if (!first) push(Tok::Comma);
+      first = false;
+      if (peek() == '\'') {
+        text('\'');
+        continue;
+      }
+      Token& word = push(Tok::Text);
+      size_t start = pos_;
+      while (!endsCommand(peek()) && peek() != ' ' && peek() != '\t') ++pos_;
+      word.text = fl::i18n::to_ustring(src_.substr(start, pos_ - start));
+    }
+    push(Tok::RParen);
+    return true;
+  }
+
   void name() {
+    bool command = atStatementStart();
     int startCol = column();
     size_t start = pos_;
     while (isNameChar(peek())) ++pos_;
@@ -266,6 +314,7 @@ class Lexer {
             false};
     out_.push_back(t);
     sawSpace_ = false;
+    if (command && t.kind == Tok::Name && isCommandWord(n)) commandArguments();
   }
 
   void open(char c, Tok kind) {

@@ -10,8 +10,8 @@ namespace tw {
 using services::io::KVStream;
 using services::io::writeConsoleBytes;
 
-void ConsoleReporter::display(const std::string& name, const kxArray* value) {
-  std::string text = displayText(name, value);
+void ConsoleReporter::display(const std::string& name, const kxArray* value, NumberFormat format) {
+  std::string text = displayText(name, value, {format, terminalWidth()});
   writeConsoleBytes(KVStream::KVOut, text.data(), text.size());
 }
 
@@ -62,7 +62,7 @@ void JsonReporter::write(const std::string& record) {
   std::fflush(file_);
 }
 
-void JsonReporter::display(const std::string& name, const kxArray* value) {
+void JsonReporter::display(const std::string& name, const kxArray* value, NumberFormat) {
   write(jsonDisplayRecord(name, value));
 }
 

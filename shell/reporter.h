@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <string>
 
+#include "number_format.h"
 #include "source_location.h"
 #include "twhost/kx_array.h"
 
@@ -13,7 +14,8 @@ namespace tw {
 class Reporter {
  public:
   virtual ~Reporter() = default;
-  virtual void display(const std::string& name, const kxArray* value) = 0;
+  // `format` is the console's; records always carry every digit.
+  virtual void display(const std::string& name, const kxArray* value, NumberFormat format) = 0;
   virtual void warning(const std::string& identifier, const std::string& message,
                        const SourceLocation& where) = 0;
   virtual void error(const std::string& identifier, const std::string& message,
@@ -22,7 +24,7 @@ class Reporter {
 
 class ConsoleReporter : public Reporter {
  public:
-  void display(const std::string& name, const kxArray* value) override;
+  void display(const std::string& name, const kxArray* value, NumberFormat format) override;
   void warning(const std::string& identifier, const std::string& message,
                const SourceLocation& where) override;
   void error(const std::string& identifier, const std::string& message,
@@ -34,7 +36,7 @@ class JsonReporter : public Reporter {
   // Appends to the file; false when it cannot be opened.
   bool open(const std::string& path);
   ~JsonReporter() override;
-  void display(const std::string& name, const kxArray* value) override;
+  void display(const std::string& name, const kxArray* value, NumberFormat format) override;
   void warning(const std::string& identifier, const std::string& message,
                const SourceLocation& where) override;
   void error(const std::string& identifier, const std::string& message,

@@ -88,6 +88,7 @@ const Text kTexts[] = {
     {"ReshapeCount", "{0} elements cannot be arranged as {1}."},
     {"ReshapeOpen", "Only one size of a reshape can be left open with []."},
     {"BadErrorStruct", "An error struct needs a 'message' field that holds text."},
+    {"BadFormat", "'{0}' is not a number format; use format short or format long."},
     // files and folders
     {"NoSuchFolder", "The folder '{0}' does not exist."},
     {"FileNotFound", "No file matches '{0}'."},

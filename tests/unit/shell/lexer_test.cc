@@ -6,6 +6,8 @@
 
 #include <cmath>
 
+#include "twhost/text.h"
+
 namespace tw {
 namespace {
 
@@ -126,6 +128,43 @@ TEST(Lexer, MismatchedClosingBracketIsAnError) {
 
 TEST(Lexer, NumberRunningIntoANameIsAnError) {
   EXPECT_THROW(tokenize("2x"), SyntaxError);
+}
+
+// The texts of a command's words, or "(not a command)".
+std::string commandWords(const std::string& src) {
+  std::vector<Token> t = tokenize(src);
+  if (t.size() < 3 || t[1].kind != Tok::LParen || t[2].kind == Tok::Number) {
+    return "(not a command)";
+  }
+  std::string words;
+  for (const Token& k : t) {
+    if (k.kind == Tok::Text) words += (words.empty() ? "" : "|") + fl::i18n::to_string(k.text);
+  }
+  return words;
+}
+
+TEST(Lexer, HelpAndFormatTakeWordsWhenWrittenAsCommands) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"format long", "long"},
+      {"help fopen", "fopen"},
+      {"  help   fread  ; x = 1", "fread"},
+      {"help 'two words' more % a comment", "two words|more"},
+      {"format('long')", "long"},  // the call as it stands
+      {"format = 3", "(not a command)"},
+  };
+  for (const auto& [src, words] : cases) EXPECT_EQ(commandWords(src), words) << src;
+  // After a separator a command starts a statement of its own.
+  std::vector<Token> t = tokenize("x = 1, format short");
+  EXPECT_EQ(t[4].name, "format");
+  EXPECT_EQ(t[5].kind, Tok::LParen);
+  EXPECT_EQ(fl::i18n::to_string(t[6].text), "short");
+  EXPECT_EQ(t[6].column, 15);
+}
+
+TEST(Lexer, OtherNamesFollowedByWordsStayExpressions) {
+  EXPECT_EQ(kinds("disp hello"), (std::vector<Tok>{Tok::Name, Tok::Name, Tok::End}));
+  EXPECT_EQ(kinds("[help fopen]"), (std::vector<Tok>{Tok::LBracket, Tok::Name, Tok::Comma,
+                                                     Tok::Name, Tok::RBracket, Tok::End}));
 }
 
 }  // namespace
