@@ -3,8 +3,10 @@
 // calling form of every function: nlhs outputs asked for, borrowed inputs.
 #pragma once
 
+#include <string>
 #include <vector>
 
+#include "twhost/calls.h"
 #include "twhost/kx_array.h"
 
 namespace tw {
@@ -16,14 +18,23 @@ class Interpreter;
 void registerDataFunctions();
 // size, numel, class, isempty, isequal and the other questions about values.
 void registerQueryFunctions();
-// disp, error, warning, files and folders, fgetl and frewind.
+// disp, error, warning, format, files and folders, fgetl and frewind.
 void registerSystemFunctions(Interpreter& interp);
+// help and help NAME.
+void registerHelpFunction(Interpreter& interp);
 
 inline void registerHostFunctions(Interpreter& interp) {
   registerDataFunctions();
   registerQueryFunctions();
   registerSystemFunctions(interp);
+  registerHelpFunction(interp);
 }
+
+// Registers a function of the shell with the host by name, and keeps the
+// name for help's list.
+void registerShellFunction(const std::string& name, kxFunction fn);
+// Every name registered so far, in the order of registration.
+const std::vector<std::string>& shellFunctionNames();
 
 // ---- shared by the function files ----------------------------------------------
 void checkArgCount(const char* fn, int nrhs, int min, int max);  // max -1: no limit

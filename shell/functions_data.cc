@@ -10,6 +10,24 @@
 
 namespace tw {
 
+namespace {
+
+std::vector<std::string>& registeredNames() {
+  static std::vector<std::string> names;
+  return names;
+}
+
+}  // namespace
+
+void registerShellFunction(const std::string& name, kxFunction fn) {
+  if (!kxFindFunction(name)) registeredNames().push_back(name);
+  kxRegisterFunction(name, std::move(fn));
+}
+
+const std::vector<std::string>& shellFunctionNames() {
+  return registeredNames();
+}
+
 void checkArgCount(const char* fn, int nrhs, int min, int max) {
   if (nrhs < min) shellError("TooFewInputs", std::string(fn));
   if (max >= 0 && nrhs > max) shellError("TooManyInputs", std::string(fn));
@@ -80,7 +98,7 @@ kxArray* copyOut(const kxArray* a) {
 }
 
 void registerConversion(const char* name, kxClassID cls) {
-  kxRegisterFunction(name, [name, cls](int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
+  registerShellFunction(name, [name, cls](int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
     checkArgCount(name, nrhs, 1, 1);
     checkOutCount(name, nlhs, 1);
     kxArray* r = kxMustBe(prhs[0], cls);
@@ -134,7 +152,7 @@ kxArray* filled(const std::vector<size_t>& dims, kxClassID cls, double re, doubl
 
 // zeros and ones take a class name after the size: zeros(2, 'int8').
 void registerFilled(const char* name, double value) {
-  kxRegisterFunction(name, [=](int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
+  registerShellFunction(name, [=](int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
     checkOutCount(name, nlhs, 1);
     kxClassID cls;
     std::vector<size_t> dims = sizeArguments(name, nrhs, prhs, &cls);
@@ -143,7 +161,7 @@ void registerFilled(const char* name, double value) {
 }
 
 void registerConstant(const char* name, kxClassID cls, double re, double im) {
-  kxRegisterFunction(name, [=](int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
+  registerShellFunction(name, [=](int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
     checkOutCount(name, nlhs, 1);
     plhs[0] = filled(sizeArguments(name, nrhs, prhs, nullptr), cls, re, im);
   });
@@ -303,12 +321,12 @@ void registerDataFunctions() {
       {"uint64", kxUINT64_CLASS}, {"logical", kxLOGICAL_CLASS},
   };
   for (const auto& c : conversions) registerConversion(c.name, c.cls);
-  kxRegisterFunction("char", charFunction);
-  kxRegisterFunction("complex", complexFunction);
-  kxRegisterFunction("sparse", sparseFunction);
-  kxRegisterFunction("struct", structFunction);
-  kxRegisterFunction("cell", cellFunction);
-  kxRegisterFunction("reshape", reshapeFunction);
+  registerShellFunction("char", charFunction);
+  registerShellFunction("complex", complexFunction);
+  registerShellFunction("sparse", sparseFunction);
+  registerShellFunction("struct", structFunction);
+  registerShellFunction("cell", cellFunction);
+  registerShellFunction("reshape", reshapeFunction);
   registerFilled("zeros", 0);
   registerFilled("ones", 1);
   double inf = std::numeric_limits<double>::infinity();

@@ -43,7 +43,7 @@ void sizeFunction(int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
 }
 
 void registerSimple(const char* name, kxArray* (*fn)(const kxArray*)) {
-  kxRegisterFunction(name, [=](int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
+  registerShellFunction(name, [=](int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
     checkArgCount(name, nrhs, 1, 1);
     checkOutCount(name, nlhs, 1);
     plhs[0] = fn(prhs[0]);
@@ -169,10 +169,10 @@ kxArray* isnanOut(const kxArray* a) {
 }  // namespace
 
 void registerQueryFunctions() {
-  kxRegisterFunction("size", sizeFunction);
-  kxRegisterFunction("isequal", isequalFunction);
-  kxRegisterFunction("isfield", isfieldFunction);
-  kxRegisterFunction("strcmp", strcmpFunction);
+  registerShellFunction("size", sizeFunction);
+  registerShellFunction("isequal", isequalFunction);
+  registerShellFunction("isfield", isfieldFunction);
+  registerShellFunction("strcmp", strcmpFunction);
   registerSimple("numel", numelOut);
   registerSimple("class", classOut);
   registerSimple("isempty", isemptyOut);

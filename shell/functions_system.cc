@@ -102,14 +102,14 @@ std::string expandedPath(const std::string& name) {
 void registerSystemFunctions(Interpreter& interp) {
   Interpreter* ip = &interp;
 
-  kxRegisterFunction("disp", [ip](int nlhs, kxArray**, int nrhs, kxArray** prhs) {
+  registerShellFunction("disp", [ip](int nlhs, kxArray**, int nrhs, kxArray** prhs) {
     checkArgCount("disp", nrhs, 1, 1);
     checkOutCount("disp", nlhs, 0);
     writeOut(dispText(prhs[0], {ip->numberFormat(), terminalWidth()}));
   });
 
   // format, format short, format long: how the console shows numbers.
-  kxRegisterFunction("format", [ip](int nlhs, kxArray**, int nrhs, kxArray** prhs) {
+  registerShellFunction("format", [ip](int nlhs, kxArray**, int nrhs, kxArray** prhs) {
     checkArgCount("format", nrhs, 0, 1);
     checkOutCount("format", nlhs, 0);
     std::string style = nrhs ? textArgument(prhs[0], "a format") : "short";
@@ -123,7 +123,7 @@ void registerSystemFunctions(Interpreter& interp) {
     }
   });
 
-  kxRegisterFunction("error", [ip](int nlhs, kxArray**, int nrhs, kxArray** prhs) {
+  registerShellFunction("error", [ip](int nlhs, kxArray**, int nrhs, kxArray** prhs) {
     checkArgCount("error", nrhs, 1, -1);
     checkOutCount("error", nlhs, 0);
     if (nrhs == 1 && kxIsStruct(prhs[0])) throwFromStruct(prhs[0]);
@@ -133,13 +133,13 @@ void registerSystemFunctions(Interpreter& interp) {
     throw UserError(id, message);
   });
 
-  kxRegisterFunction("rethrow", [](int nlhs, kxArray**, int nrhs, kxArray** prhs) {
+  registerShellFunction("rethrow", [](int nlhs, kxArray**, int nrhs, kxArray** prhs) {
     checkArgCount("rethrow", nrhs, 1, 1);
     checkOutCount("rethrow", nlhs, 0);
     throwFromStruct(prhs[0]);
   });
 
-  kxRegisterFunction("warning", [ip](int nlhs, kxArray**, int nrhs, kxArray** prhs) {
+  registerShellFunction("warning", [ip](int nlhs, kxArray**, int nrhs, kxArray** prhs) {
     checkArgCount("warning", nrhs, 1, -1);
     checkOutCount("warning", nlhs, 0);
     std::string first = isCharRow(prhs[0]) ? textOf(prhs[0], "a message") : std::string();
@@ -153,7 +153,7 @@ void registerSystemFunctions(Interpreter& interp) {
     ip->warn(id, message);
   });
 
-  kxRegisterFunction("tempdir", [](int nlhs, kxArray** plhs, int nrhs, kxArray**) {
+  registerShellFunction("tempdir", [](int nlhs, kxArray** plhs, int nrhs, kxArray**) {
     checkArgCount("tempdir", nrhs, 0, 0);
     checkOutCount("tempdir", nlhs, 1);
     std::string dir = fs::temp_directory_path().string();
@@ -161,14 +161,14 @@ void registerSystemFunctions(Interpreter& interp) {
     plhs[0] = kxCreateString(dir.c_str());
   });
 
-  kxRegisterFunction("tempname", [](int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
+  registerShellFunction("tempname", [](int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
     checkArgCount("tempname", nrhs, 0, 1);
     checkOutCount("tempname", nlhs, 1);
     fs::path dir = nrhs ? fs::path(textArgument(prhs[0], "a folder")) : fs::temp_directory_path();
     plhs[0] = kxCreateString((dir / randomName()).string().c_str());
   });
 
-  kxRegisterFunction("delete", [ip](int nlhs, kxArray**, int nrhs, kxArray** prhs) {
+  registerShellFunction("delete", [ip](int nlhs, kxArray**, int nrhs, kxArray** prhs) {
     checkArgCount("delete", nrhs, 1, -1);
     checkOutCount("delete", nlhs, 0);
     for (int i = 0; i < nrhs; ++i) {
@@ -192,13 +192,13 @@ void registerSystemFunctions(Interpreter& interp) {
     }
   });
 
-  kxRegisterFunction("pwd", [](int nlhs, kxArray** plhs, int nrhs, kxArray**) {
+  registerShellFunction("pwd", [](int nlhs, kxArray** plhs, int nrhs, kxArray**) {
     checkArgCount("pwd", nrhs, 0, 0);
     checkOutCount("pwd", nlhs, 1);
     plhs[0] = kxCreateString(currentFolder().c_str());
   });
 
-  kxRegisterFunction("cd", [](int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
+  registerShellFunction("cd", [](int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
     checkArgCount("cd", nrhs, 0, 1);
     checkOutCount("cd", nlhs, 1);
     std::string old = currentFolder();
@@ -210,7 +210,7 @@ void registerSystemFunctions(Interpreter& interp) {
     plhs[0] = kxCreateString(old.c_str());
   });
 
-  kxRegisterFunction("addpath", [ip](int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
+  registerShellFunction("addpath", [ip](int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
     checkArgCount("addpath", nrhs, 1, -1);
     checkOutCount("addpath", nlhs, 1);
     std::string old;
@@ -249,7 +249,7 @@ void registerSystemFunctions(Interpreter& interp) {
     if (nlhs == 1) plhs[0] = kxCreateString(old.c_str());
   });
 
-  kxRegisterFunction("exist", [ip](int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
+  registerShellFunction("exist", [ip](int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
     checkArgCount("exist", nrhs, 1, 2);
     checkOutCount("exist", nlhs, 1);
     std::string name = textArgument(prhs[0], "a name");
@@ -272,7 +272,7 @@ void registerSystemFunctions(Interpreter& interp) {
   });
 
   // fgetl: the line fgets reads, without its line terminator; -1 at the end.
-  kxRegisterFunction("fgetl", [ip](int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
+  registerShellFunction("fgetl", [ip](int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
     checkArgCount("fgetl", nrhs, 1, 1);
     checkOutCount("fgetl", nlhs, 1);
     std::vector<Value> out = ip->callNamed("fgets", 1, {borrowedCopy(prhs[0])});
@@ -293,7 +293,7 @@ void registerSystemFunctions(Interpreter& interp) {
   });
 
   // frewind: fseek(fid, 0, -1); the status only when asked for.
-  kxRegisterFunction("frewind", [ip](int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
+  registerShellFunction("frewind", [ip](int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
     checkArgCount("frewind", nrhs, 1, 1);
     checkOutCount("frewind", nlhs, 1);
     std::vector<Value> out =

@@ -89,6 +89,7 @@ const Text kTexts[] = {
     {"ReshapeOpen", "Only one size of a reshape can be left open with []."},
     {"BadErrorStruct", "An error struct needs a 'message' field that holds text."},
     {"BadFormat", "'{0}' is not a number format; use format short or format long."},
+    {"NoHelp", "There is no help for '{0}'; help alone lists the functions."},
     // files and folders
     {"NoSuchFolder", "The folder '{0}' does not exist."},
     {"FileNotFound", "No file matches '{0}'."},
