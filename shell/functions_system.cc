@@ -9,7 +9,6 @@
 #include <cstring>
 #include <filesystem>
 #include <random>
-#include <regex>
 
 #include "display.h"
 #include "functions.h"
@@ -34,8 +33,23 @@ Value borrowedCopy(const kxArray* a) {
 // "component:component..." with no blanks: the first argument of error()
 // and warning() is an identifier when it looks like one and more follows.
 bool looksLikeIdentifier(const std::string& s) {
-  static const std::regex id("[A-Za-z][A-Za-z0-9_-]*(:[A-Za-z0-9_-]+)+");
-  return std::regex_match(s, id);
+  auto isPart = [](char c) {
+    return std::isalnum(static_cast<unsigned char>(c)) || c == '_' || c == '-';
+  };
+  if (s.empty() || !std::isalpha(static_cast<unsigned char>(s[0]))) return false;
+  size_t parts = 1, partLength = 0;
+  for (char c : s) {
+    if (c == ':') {
+      if (partLength == 0) return false;
+      ++parts;
+      partLength = 0;
+    } else if (isPart(c)) {
+      ++partLength;
+    } else {
+      return false;
+    }
+  }
+  return parts >= 2 && partLength > 0;
 }
 
 // The identifier and the message of error(...) and warning(...). A lone
