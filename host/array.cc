@@ -432,6 +432,19 @@ void kxSetData(kxArray* a, void* block) {
   a->pr = block;
 }
 
+void* kxDetachData(kxArray* a) {
+  if (!isNumericClass(a->cls) && a->cls != kxLOGICAL_CLASS && a->cls != kxCHAR_CLASS) {
+    return nullptr;
+  }
+  if (a->pi || a->sparse) return nullptr;
+  // The empty block is taken first, so that a failure leaves the array whole.
+  void* empty = allocData(0, true);
+  void* block = a->pr;
+  a->pr = empty;
+  a->dims = {0, 0};
+  return block;
+}
+
 void kxSetImagData(kxArray* a, void* block) {
   if (block) twhost::forgetBlock(block);
   if (a->pi != block) freeData(a->pi);

@@ -203,6 +203,10 @@ void kxCallFrame::keep(kxArray* a) {
   }
 }
 
+void kxReleaseFromFrames(kxArray* a) {
+  if (a) twhost::forgetArray(a);
+}
+
 size_t kxCallFrame::liveBlocks() const {
   return records_->blocks.size();
 }

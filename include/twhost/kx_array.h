@@ -127,6 +127,17 @@ TW_HOST kxArray* kxMustBe(const kxArray* a, kxClassID cls);
 // The setters adopt what they are given: blocks from kxMallocEx, arrays made
 // by the creators. What they replace is freed.
 TW_HOST void kxSetData(kxArray* a, void* block);
+// Takes the data block out of a real numeric, logical or char array: the
+// caller owns it from now on and frees it with kxFree. The array is left
+// 0-by-0 of the same class, still to be destroyed by its owner. Null, with
+// the array untouched, for complex and sparse arrays and for classes that
+// hold arrays or nothing (cell, struct, object, function). No copy, O(1).
+//
+// With kxSetData it also lends a block the caller keeps to a call that only
+// reads its inputs (the built-ins never write into what they borrow):
+// kxSetData(a, lent) before the call, kxDetachData(a) after it, also when it
+// fails, and only then kxDestroyArray(a).
+TW_HOST void* kxDetachData(kxArray* a);
 TW_HOST void kxSetImagData(kxArray* a, void* block);
 TW_HOST void kxSetM(kxArray* a, size_t m);
 TW_HOST void kxSetN(kxArray* a, size_t n);

@@ -33,6 +33,12 @@ class TW_HOST kxCallFrame {
   int exceptionsAtStart_;
 };
 
+// Takes an array out of the records of every frame in force: from now on
+// only its holder owns it (a kxOwned, a result handed to another language),
+// and no error passing an enclosing frame frees it. The arrays it contains
+// were never recorded apart from it. One look-up in each frame in force.
+TW_HOST void kxReleaseFromFrames(kxArray* a);
+
 // Calls a built-in under a new frame. On an error every output slot is freed
 // and nulled, and the error passes on.
 using BuiltinEntry = int (*)(int nlhs, kxArray** plhs, int nrhs, kxArray** prhs);

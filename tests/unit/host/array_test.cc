@@ -141,6 +141,40 @@ TEST(HostArray, SetDataStoresTheGivenBlock) {
   EXPECT_EQ(kxGetNumberOfElements(a.get()), 3u);
 }
 
+TEST(HostArray, DetachHandsTheBlockOverAndLeavesAnEmptyArray) {
+  kxOwned a(kxCreateNumericMatrix(2, 3, kxINT16_CLASS, kxREAL));
+  void* block = kxGetData(a.get());
+  static_cast<int16_t*>(block)[5] = 7;
+  EXPECT_EQ(kxDetachData(a.get()), block);
+  EXPECT_EQ(kxGetClassID(a.get()), kxINT16_CLASS);
+  EXPECT_EQ(kxGetNumberOfElements(a.get()), 0u);
+  EXPECT_NE(kxGetData(a.get()), block);
+  a.reset();
+  EXPECT_EQ(static_cast<int16_t*>(block)[5], 7);  // the caller's now
+  kxFree(block);
+}
+
+TEST(HostArray, DetachRefusesArraysWhoseDataIsNotOneBlock) {
+  kxOwned complex(kxCreateDoubleMatrix(1, 2, kxCOMPLEX));
+  kxOwned cell(kxCreateCellMatrix(1, 1));
+  kxOwned sparse(kxCreateSparseDouble(2, 2));
+  for (kxArray* a : {complex.get(), cell.get(), sparse.get()}) {
+    void* before = kxGetData(a);
+    EXPECT_EQ(kxDetachData(a), nullptr) << kxGetClassName(a);
+    EXPECT_EQ(kxGetData(a), before);
+  }
+}
+
+TEST(HostArray, ALentBlockIsTakenBackUntouched) {
+  double lent[3] = {1, 2, 3};
+  kxOwned a(kxCreateDoubleMatrix(0, 0, kxREAL));
+  kxSetData(a.get(), lent);
+  kxSetN(a.get(), 3);
+  kxSetM(a.get(), 1);
+  EXPECT_EQ(kxGetScalar(a.get()), 1);
+  EXPECT_EQ(kxDetachData(a.get()), lent);
+}
+
 TEST(HostArray, CellsAdoptTheArraysTheyAreGiven) {
   kxOwned cell(kxCreateCellMatrix(1, 2));
   EXPECT_EQ(kxGetCell(cell.get(), 0), nullptr);

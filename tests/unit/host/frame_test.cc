@@ -159,6 +159,23 @@ TEST(HostFrame, NothingIsRecordedWithoutAFrame) {
   kxDestroyArray(a);
 }
 
+TEST(HostFrame, ReleasedArraysSurviveAnErrorPassingTheirFrame) {
+  kxArray* released = nullptr;
+  kxCallFrame outer;
+  try {
+    kxCallFrame frame;
+    released = kxCreateDoubleScalar(8);
+    kxCreateDoubleScalar(9);  // not released: freed by the error
+    kxReleaseFromFrames(released);
+    EXPECT_EQ(frame.liveArrays(), 1u);
+    kxThrowId("KORVAN:FileIO", "InvalidFid");
+  } catch (const fl::except::IMsgIDException&) {
+  }
+  EXPECT_EQ(outer.liveArrays(), 0u);
+  EXPECT_EQ(kxGetScalar(released), 8);
+  kxDestroyArray(released);
+}
+
 TEST(HostFrame, SizesThatOverflowRaiseOutOfMemory) {
   kxCallFrame frame;
   EXPECT_THROW(kxCreateDoubleMatrix(SIZE_MAX / 4, 4, kxREAL), fl::except::IMsgIDException);
