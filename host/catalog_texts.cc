@@ -114,6 +114,9 @@ const CatalogText kCatalogTexts[] = {
     {"KORVAN:numericOverflow", "A number is too large for the place it has to fit in."},
     {"KORVAN:shell:ConversionFailed", "A value of class {0} cannot be converted to class {1}."},
     {"KORVAN:shell:UndefinedFunction", "There is no function named '{0}'."},
+    {"KORVAN:twfileio:UnknownBuiltin", "The file library has no built-in named '{0}'."},
+    {"KORVAN:twfileio:NegativeOutputCount",
+     "A call cannot ask for {0} outputs; the count is 0 or more."},
 
     // ---- numbered messages ----
     {"KORVAN:legacy:1", "This function takes exactly one character vector."},
