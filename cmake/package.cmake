@@ -1,6 +1,7 @@
 # The installed package: the two shared libraries with versioned sonames,
 # every public header, a CMake package (find_package(twfileio) gives
-# twfileio::twfileio and twfileio::twhost) and a pkg-config file.
+# twfileio::twfileio and twfileio::twhost), a pkg-config file, and the Python
+# module when it is built.
 #
 #   cmake --install build --prefix P
 #
@@ -46,3 +47,26 @@ configure_file(${PROJECT_SOURCE_DIR}/cmake/twfileio.pc.in ${PROJECT_BINARY_DIR}/
   @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/package/twfileio.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+# ---- the Python module ----------------------------------------------------------
+# On when Debian's python3 has numpy and pybind11 is installed; built into
+# build/python, where the tests import it from.
+if(EXISTS /usr/bin/python3 AND NOT Python_EXECUTABLE)
+  set(Python_EXECUTABLE /usr/bin/python3)
+endif()
+find_package(Python COMPONENTS Interpreter Development.Module)
+find_package(pybind11 CONFIG QUIET)
+set(TW_PYTHON_DEFAULT OFF)
+if(Python_FOUND AND pybind11_FOUND)
+  execute_process(COMMAND ${Python_EXECUTABLE} -c "import numpy"
+    RESULT_VARIABLE TW_NUMPY_MISSING OUTPUT_QUIET ERROR_QUIET)
+  if(TW_NUMPY_MISSING EQUAL 0)
+    set(TW_PYTHON_DEFAULT ON)
+  endif()
+endif()
+option(TW_PYTHON "Build the Python module twfileio (needs pybind11 and numpy)"
+  ${TW_PYTHON_DEFAULT})
+if(TW_PYTHON)
+  enable_testing()
+  add_subdirectory(python)
+endif()

@@ -11,6 +11,7 @@ tour=(
 tests=(
   python3 libgtest-dev libgmock-dev libbenchmark-dev
   python3-numpy python3-pandas clang-format
+  python3-dev pybind11-dev python3-pytest
 )
 case "${1:-all}" in
   tour) packages=("${tour[@]}") ;;
