@@ -161,10 +161,27 @@ int outputCount(const py::kwargs& kwargs) {
   return nargout;
 }
 
+// True while a built-in runs. Python code can run inside one (a warning's
+// handler, say); a second call from there would find the library halfway
+// through the first, so it is refused.
+bool g_inCall = false;
+
+class CallInProgress {
+ public:
+  CallInProgress() {
+    if (g_inCall) raise("NestedCall");
+    g_inCall = true;
+  }
+  ~CallInProgress() { g_inCall = false; }
+  CallInProgress(const CallInProgress&) = delete;
+  CallInProgress& operator=(const CallInProgress&) = delete;
+};
+
 py::object callBuiltin(std::string_view name, const py::args& args, const py::kwargs& kwargs) {
   int nargout = outputCount(kwargs);
   std::vector<kxOwned> out;
   {
+    CallInProgress running;
     CallInputs inputs(args);
     try {
       out = twfileio::callArrays(name, inputs.arrays(), nargout);

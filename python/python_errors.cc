@@ -26,6 +26,9 @@ void registerMessages() {
       {"KORVAN:python:CharNeedsTwoUnits",
        "The character U+{0} needs two UTF-16 units and does not fit one element of a char "
        "array; pass the text as a str."},
+      {"KORVAN:python:NestedCall",
+       "A built-in was called while another one was running (from a warning handler, "
+       "say); call it after the first one returns."},
       {"KORVAN:python:DatetimeOutOfRange",
        "A date {0} milliseconds from 1970 lies outside what numpy.datetime64[ns] holds "
        "(the years 1678 to 2262)."},

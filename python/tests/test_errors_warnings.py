@@ -83,6 +83,22 @@ def test_a_warning_made_an_error_ends_the_call_with_it(tmp_path, opened):
     assert twfileio.fclose(fid) == 0
 
 
+def test_a_call_from_inside_a_call_is_refused(opened, monkeypatch):
+    fid = opened("n.txt", "w")
+
+    def show(*_):
+        twfileio.fclose(fid)  # would pull the file from under fprintf
+
+    monkeypatch.setattr(warnings, "showwarning", show)
+    with warnings.catch_warnings():
+        warnings.simplefilter("always")
+        warnings.showwarning = show
+        with pytest.raises(twfileio.Error) as caught:
+            twfileio.fprintf(fid, "a\\qb")
+    assert caught.value.identifier == "KORVAN:python:NestedCall"
+    assert twfileio.fprintf(fid, "ok") == 2
+
+
 def test_a_failed_call_keeps_nothing_of_its_inputs():
     data = np.arange(1000.0)
     for _ in range(100):

@@ -78,6 +78,10 @@ std::vector<kxOwned> callArrays(std::string_view name, std::span<const kxArray* 
   std::vector<kxArray*> prhs;
   prhs.reserve(inputs.size());
   for (const kxArray* a : inputs) prhs.push_back(const_cast<kxArray*>(a));
+  // Reserved first: once the call has returned nothing may fail before
+  // every output has its owner.
+  std::vector<kxOwned> out;
+  out.reserve(filled);
   try {
     kxCallBuiltin(entry, nargout, plhs.data(), static_cast<int>(prhs.size()), prhs.data());
   } catch (const fl::except::IUserException&) {
@@ -85,8 +89,6 @@ std::vector<kxOwned> callArrays(std::string_view name, std::span<const kxArray* 
   } catch (const std::bad_alloc&) {
     throwError(std::current_exception());
   }
-  std::vector<kxOwned> out;
-  out.reserve(filled);
   for (size_t i = 0; i < plhs.size(); ++i) {
     kxReleaseFromFrames(plhs[i]);
     kxOwned owned(plhs[i]);

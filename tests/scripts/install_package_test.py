@@ -59,7 +59,10 @@ sanitize_flags = "-fsanitize=address,undefined" if sanitized else ""
 env = dict(os.environ)
 if sanitized:
     # Programs of other runtimes (python) need the sanitizer loaded first.
-    env["LD_PRELOAD"] = run([compiler, "-print-file-name=libasan.so"]).stdout.strip()
+    # libstdc++ too: the sanitizer looks for the C++ throw when it starts.
+    env["LD_PRELOAD"] = ":".join(
+        run([compiler, f"-print-file-name={lib}"]).stdout.strip()
+        for lib in ("libasan.so", "libstdc++.so.6"))
     env["ASAN_OPTIONS"] = "detect_leaks=0"
 
 scratch = tempfile.mkdtemp(prefix="tw_install_")
