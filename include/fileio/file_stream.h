@@ -8,13 +8,36 @@
 #include <cstdio>
 #include <memory>
 
+#include "fileio/byte_source.h"
 #include "fileio/carry_byte.h"
-#include "fileio/safe_sized_string.h"
 #include "fileio/tcodn_stream.h"
 
 namespace Tarnwicks::FileIO {
 
 class FilePermission;
+class fileStream;
+
+// The input of a fileStream as a ByteSource, by the scanner's rules: the
+// window is what the C library already holds in its buffer, so a byte costs
+// no call, and a refill is one getc.
+class FileBytes final : public ByteSource {
+ public:
+  explicit FileBytes(fileStream& owner);
+  void begin() override;
+  bool refill() override;
+  void putBack(const unsigned char* bytes, size_t n) override;
+  void commit() override;
+  int failureCode() const override;
+
+ private:
+  // Hands the bytes taken from the window to the C library.
+  void settle();
+
+  fileStream& owner_;
+  const unsigned char* windowStart_ = nullptr;
+  // The one-byte window where the C library's buffer can't be reached.
+  unsigned char held_ = 0;
+};
 
 class fileStream : public TcodnStream {
  public:
@@ -31,14 +54,6 @@ class fileStream : public TcodnStream {
   bool atEnd() override;
   bool unread(int64_t n) override;
   void idleHook() override {}
-  uint64_t readOctal(int width, int& error, bool& negative) override;
-  uint64_t readHex(int width, int& error, bool& negative) override;
-  uint64_t readUnsigned(int width, int& error, bool& negative) override;
-  uint64_t readSigned(int width, int& error, bool& negative) override;
-  uint64_t readAnyBase(int width, int& error, bool& negative) override;
-  double readDouble(int width, int& status) override;
-  void markPosition() override;
-  void returnToMark() override;
   int readLine(int64_t limit, OutputBuffer& buffer) override;
   int setPosition(int64_t pos) override;
   bool getFileSize(int64_t& size) override;
@@ -47,6 +62,7 @@ class fileStream : public TcodnStream {
   void clearError() override;
   void checkEncoding() override;
   CarryByte* carryByte() override { return carry.get(); }
+  ByteSource* byteSource() override { return &source; }
   // Large writes ask the file system for their blocks up front (fallocate,
   // size unchanged): it then allocates once instead of page by page.
   void reserveSpace(uint64_t bytes) override;
@@ -60,22 +76,21 @@ class fileStream : public TcodnStream {
   void recordState();
 
  protected:
-  // readLine exactly as the character-at-a-time definition: every character
-  // through readChars(). The fast path falls back to it.
+  // readLine one character at a time, every character through readChars():
+  // the rule that the fast path must match, and its fallback.
   int readLineSlow(int64_t limit, OutputBuffer& buffer, int64_t count, int terminator,
                    char16_t previous);
   // getc and ungetc, so that the end-of-file flag is set exactly when no byte
   // follows.
   void peek();
-  uint64_t readInteger(int base, bool anyBase, bool isSigned, int width, int& error,
-                       bool& negative);
 
   FILE* file;
   const FilePermission* permission;
-  int64_t mark = 0;
   uint8_t lastByte = 0;
   std::unique_ptr<CarryByte> carry;
-  SafeSizedStringT<char> digits;
+  FileBytes source{*this};
+
+  friend class FileBytes;
 };
 
 }  // namespace Tarnwicks::FileIO

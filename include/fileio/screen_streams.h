@@ -22,19 +22,15 @@ class screenStreamBase : public fileStream {
   bool unread(int64_t n) override;
   void idleHook() override;
   bool isInteractive() override { return true; }
-  uint64_t readOctal(int width, int& error, bool& negative) override;
-  uint64_t readHex(int width, int& error, bool& negative) override;
-  uint64_t readUnsigned(int width, int& error, bool& negative) override;
-  uint64_t readSigned(int width, int& error, bool& negative) override;
-  uint64_t readAnyBase(int width, int& error, bool& negative) override;
-  double readDouble(int width, int& status) override;
+  // Standard input is not read by number either.
+  ByteSource* byteSource() override { return nullptr; }
   int setPosition(int64_t pos) override;  // always fails: -1
   bool getFileSize(int64_t& size) override;
   bool hasFile() override { return true; }
   int flush() override;
   bool isConsole() override { return true; }
   void clearError() override { errorCode = 0; }
-  // 27
+  // printf-style output to the console; not done by this base.
   virtual int formatToConsole(const char* format, ...);
 };
 
@@ -49,7 +45,8 @@ class outputScreenStream : public screenStreamBase {
   void idleHook() override {}
   size_t writeChars(size_t count, const char16_t* chars) override;
   int flush() override;
-  // 28
+  // Formats into a block of formatBufferSize + 1 bytes and prints it; the
+  // characters printed, 0 when formatting failed.
   virtual int vformatToConsole(const char* format, va_list* args);
 
   uint64_t formatBufferSize = 0;

@@ -6,9 +6,28 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "fileio/byte_source.h"
 #include "fileio/tcodn_stream.h"
 
 namespace Tarnwicks::FileIO {
+
+class inputStringStream;
+
+// The input of an inputStringStream as a ByteSource, by the in-place rules:
+// the window is all the rest of the text.
+class StringBytes final : public ByteSource {
+ public:
+  explicit StringBytes(inputStringStream& owner);
+  void begin() override;
+  bool refill() override;
+  // The bytes must be the last taken: they are the text's own.
+  void putBack(const unsigned char* bytes, size_t n) override;
+  void commit() override;
+  int failureCode() const override { return 0; }
+
+ private:
+  inputStringStream& owner_;
+};
 
 class inputStringStream : public TcodnStream {
  public:
@@ -25,29 +44,20 @@ class inputStringStream : public TcodnStream {
   bool atEnd() override { return current == end; }
   bool unread(int64_t n) override;
   void idleHook() override {}
-  // The integer readers skip zero bytes and white space, then convert the
-  // text in place. Nothing left: 0 without error; nothing converts: -9.
-  uint64_t readOctal(int width, int& error, bool& negative) override;
-  uint64_t readHex(int width, int& error, bool& negative) override;
-  uint64_t readUnsigned(int width, int& error, bool& negative) override;
-  uint64_t readSigned(int width, int& error, bool& negative) override;
-  uint64_t readAnyBase(int width, int& error, bool& negative) override;
-  double readDouble(int width, int& status) override;
-  void markPosition() override { mark = current; }
-  void returnToMark() override { current = mark; }
   int setPosition(int64_t pos) override;
   bool getFileSize(int64_t& size) override;
+  // Numbers are read in place, as the C conversions read a text.
+  ByteSource* byteSource() override { return &source; }
 
   // The count of UTF-16 units of the whole text.
   size_t unitCount();
 
   const char* begin;
   const char* current;
-  const char* mark;
   const char* end;
 
  private:
-  uint64_t readInteger(int base, bool isSigned, int width, int& error, bool& negative);
+  StringBytes source{*this};
 };
 
 class outputStringStream : public TcodnStream {
@@ -65,14 +75,6 @@ class outputStringStream : public TcodnStream {
   // Moves the cursor back `n` bytes; true.
   bool unread(int64_t n) override;
   void idleHook() override {}
-  uint64_t readOctal(int width, int& error, bool& negative) override;  // these raise
-  uint64_t readHex(int width, int& error, bool& negative) override;
-  uint64_t readUnsigned(int width, int& error, bool& negative) override;
-  uint64_t readSigned(int width, int& error, bool& negative) override;
-  uint64_t readAnyBase(int width, int& error, bool& negative) override;
-  double readDouble(int width, int& status) override;
-  void markPosition() override { markOffset = static_cast<size_t>(cursor - begin); }
-  void returnToMark() override { cursor = begin + markOffset; }
 
   // Bytes written so far.
   size_t size() const { return static_cast<size_t>(cursor - begin); }
@@ -90,7 +92,6 @@ class outputStringStream : public TcodnStream {
 
  private:
   void makeRoom(size_t bytes);
-  size_t markOffset = 0;
 };
 
 }  // namespace Tarnwicks::FileIO

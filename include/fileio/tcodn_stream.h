@@ -39,9 +39,10 @@ class TcodnStream : public stream {
   explicit TcodnStream(const char* encoding);
   ~TcodnStream() override;
 
-  // 18: UTF-16 units out in the stream's encoding, through write(). "UTF-16"
+  // UTF-16 units out in the stream's encoding, through write(). "UTF-16"
   // passes the units through as they stand (machine order, no mark).
   size_t writeChars(size_t count, const char16_t* chars) override;
+  TcodnStream* textLayer() override { return this; }
 
   // The converter's canonical name as ICU gives it ("UTF-8",
   // "ibm-5348_P100-1997" for windows-1252).

@@ -199,15 +199,6 @@ void fileStream::checkEncoding() {
   }
 }
 
-void fileStream::markPosition() {
-  int64_t pos = 0;
-  if (getPosition(pos) == 0) mark = pos;
-}
-
-void fileStream::returnToMark() {
-  setPosition(mark);
-}
-
 void fileStream::peek() {
   int c = getc_unlocked(file);
   if (c != EOF) ungetc(c, file);

@@ -1,13 +1,13 @@
 // fileStream::readLine: one line, terminator included.
 //
-// The definition is character by character through the decoder. For UTF-8
-// and single-byte encodings the same result comes far faster by scanning
+// The rule is character by character through the decoder. For UTF-8 and
+// single-byte encodings the same result comes far faster by scanning
 // the bytes the C stream has already buffered: runs of plain characters are
 // widened straight into the OutputBuffer, and only terminators, multi-byte
 // UTF-8 sequences and bytes the decoding table can't map take a closer look.
 // Anything unusual (a bad sequence, a character split by the end of the C
 // buffer, a decoder holding part of a character) hands the rest of the line
-// to the character-at-a-time definition, so both paths agree exactly.
+// to the character-at-a-time reader, so both paths agree exactly.
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
@@ -15,6 +15,7 @@
 #include <emmintrin.h>
 #endif
 
+#include "c_file_buffer.h"
 #include "fileio/file_stream.h"
 #include "fileio/output_buffer.h"
 
@@ -25,40 +26,6 @@ namespace {
 bool isTerminator(char16_t c) {
   return c == u'\n' || c == u'\r';
 }
-
-#if defined(__GLIBC__)
-// The bytes glibc holds for reading, [begin, end). Advancing the read
-// pointer is what getc does; positions and ungetc stay consistent.
-struct BufferedBytes {
-  FILE* f;
-  const unsigned char* begin() const {
-    return reinterpret_cast<const unsigned char*>(f->_IO_read_ptr);
-  }
-  const unsigned char* end() const {
-    return reinterpret_cast<const unsigned char*>(f->_IO_read_end);
-  }
-  void consume(const unsigned char* p) {
-    f->_IO_read_ptr = reinterpret_cast<char*>(const_cast<unsigned char*>(p));
-  }
-  // Refills an empty buffer. False at the end of the file or on an error.
-  bool refill() {
-    int c = getc_unlocked(f);
-    if (c == EOF) return false;
-    ungetc(c, f);  // steps back inside the buffer just filled
-    return true;
-  }
-};
-constexpr bool kHaveBufferAccess = true;
-#else
-struct BufferedBytes {
-  FILE* f;
-  const unsigned char* begin() const { return nullptr; }
-  const unsigned char* end() const { return nullptr; }
-  void consume(const unsigned char*) {}
-  bool refill() { return false; }
-};
-constexpr bool kHaveBufferAccess = false;
-#endif
 
 // A well-formed UTF-8 sequence of 2 to 4 bytes at p, entirely before e:
 // its length and the unit it stands for (26 for a supplementary character,
@@ -201,7 +168,8 @@ int fileStream::readLine(int64_t limit, OutputBuffer& buffer) {
       }
       if (fast.special[b2]) {
         // Let the decoder look at the next character and give it back, as
-        // the definition does: a bad byte there records its error now.
+        // the character-at-a-time reader does: a bad byte there records its
+        // error now.
         char16_t next;
         size_t bytes = 0;
         if (readOneChar(&next, bytes) != 0) unread(static_cast<int64_t>(bytes));

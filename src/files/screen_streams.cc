@@ -78,24 +78,6 @@ bool screenStreamBase::unread(int64_t) {
 void screenStreamBase::idleHook() {
   notImplemented();
 }
-uint64_t screenStreamBase::readOctal(int, int&, bool&) {
-  notImplemented();
-}
-uint64_t screenStreamBase::readHex(int, int&, bool&) {
-  notImplemented();
-}
-uint64_t screenStreamBase::readUnsigned(int, int&, bool&) {
-  notImplemented();
-}
-uint64_t screenStreamBase::readSigned(int, int&, bool&) {
-  notImplemented();
-}
-uint64_t screenStreamBase::readAnyBase(int, int&, bool&) {
-  notImplemented();
-}
-double screenStreamBase::readDouble(int, int&) {
-  notImplemented();
-}
 int screenStreamBase::setPosition(int64_t) {
   return -1;
 }

@@ -15,45 +15,31 @@
 
 namespace Tarnwicks::FileIO {
 
-namespace {
-
-// The UTF-8 character at p, decoded far enough to test it for white space.
-char16_t peekUnit(const char* p, const char* end, size_t& length) {
-  auto b = static_cast<unsigned char>(*p);
-  if (b < 0x80 || end - p < 2) {
-    length = 1;
-    return b;
-  }
-  if (b < 0xE0) {
-    length = 2;
-    return char16_t(((b & 0x1F) << 6) | (p[1] & 0x3F));
-  }
-  if (b < 0xF0 && end - p >= 3) {
-    length = 3;
-    return char16_t(((b & 0x0F) << 12) | ((p[1] & 0x3F) << 6) | (p[2] & 0x3F));
-  }
-  length = 1;
-  return b;
-}
-
-// Zero bytes and white space separate the values of sscanf: the first byte
-// from `p` that starts a value, or `end`.
-const char* pastSeparators(const char* p, const char* end) {
-  while (p < end) {
-    size_t len = 1;
-    char16_t u = *p == '\0' ? u' ' : peekUnit(p, end, len);
-    if (!twu_isspace(u)) break;
-    p += len;
-  }
-  return p;
-}
-
-}  // namespace
-
 // ---- input -------------------------------------------------------------------
 
+StringBytes::StringBytes(inputStringStream& owner)
+    : ByteSource(NumberRules::InPlace, owner.errorCode), owner_(owner) {}
+
+void StringBytes::begin() {
+  next = reinterpret_cast<const unsigned char*>(owner_.current);
+  end = reinterpret_cast<const unsigned char*>(owner_.end);
+}
+
+bool StringBytes::refill() {
+  commit();
+  return false;
+}
+
+void StringBytes::putBack(const unsigned char*, size_t n) {
+  next -= n;
+}
+
+void StringBytes::commit() {
+  owner_.current = reinterpret_cast<const char*>(next);
+}
+
 inputStringStream::inputStringStream(const char* text, size_t n, const char* encoding)
-    : TcodnStream(encoding), begin(text), current(text), mark(text), end(text + n) {}
+    : TcodnStream(encoding), begin(text), current(text), end(text + n) {}
 
 int inputStringStream::getPosition(int64_t& pos) {
   pos = current - begin;
@@ -89,83 +75,6 @@ int inputStringStream::setPosition(int64_t pos) {
 bool inputStringStream::getFileSize(int64_t& size) {
   size = end - begin;
   return true;
-}
-
-uint64_t inputStringStream::readInteger(int base, bool isSigned, int width, int& error,
-                                        bool& negative) {
-  error = 0;
-  negative = false;
-  current = pastSeparators(current, end);
-  if (current == end) return 0;
-  // The C conversions want a terminated text: take at most the field.
-  size_t avail = static_cast<size_t>(end - current);
-  size_t field = width < 0 ? std::min<size_t>(avail, 64) : std::min<size_t>(avail, width);
-  char text[72];
-  std::memcpy(text, current, field);
-  text[field] = '\0';
-  char* stop = nullptr;
-  errno = 0;
-  uint64_t value;
-  const char* p = text;
-  while (*p == ' ' || *p == '\t') ++p;  // strto* would skip them; the field never has any
-  if (*p == '-') negative = true;
-  if (isSigned) {
-    long long v = std::strtoll(text, &stop, base);
-    value = static_cast<uint64_t>(negative ? -v : v);
-  } else {
-    value = std::strtoull(text, &stop, base);
-    if (negative) value = static_cast<uint64_t>(-static_cast<int64_t>(value));
-  }
-  if (stop == text) {
-    error = code(StreamError::MatchingFailure);
-    negative = false;
-    return 0;
-  }
-  size_t used = static_cast<size_t>(stop - text);
-  current += used;
-  // A number longer than the field taken is consumed whole.
-  if (width < 0) {
-    const char* set = base == 16 ? "0123456789abcdefABCDEF" : base == 8 ? "01234567" : "0123456789";
-    while (current < end && std::strchr(set, *current) && *current) ++current;
-  }
-  return value;
-}
-
-uint64_t inputStringStream::readOctal(int width, int& error, bool& negative) {
-  return readInteger(8, false, width, error, negative);
-}
-uint64_t inputStringStream::readHex(int width, int& error, bool& negative) {
-  return readInteger(16, false, width, error, negative);
-}
-uint64_t inputStringStream::readUnsigned(int width, int& error, bool& negative) {
-  return readInteger(10, false, width, error, negative);
-}
-uint64_t inputStringStream::readSigned(int width, int& error, bool& negative) {
-  return readInteger(10, true, width, error, negative);
-}
-uint64_t inputStringStream::readAnyBase(int width, int& error, bool& negative) {
-  return readInteger(0, true, width, error, negative);
-}
-
-double inputStringStream::readDouble(int width, int& status) {
-  current = pastSeparators(current, end);
-  if (current == end) {
-    status = code(StreamError::NoHelp);
-    return 0.0;
-  }
-  size_t avail = static_cast<size_t>(end - current);
-  size_t field = width < 0 ? std::min<size_t>(avail, 512) : std::min<size_t>(avail, width);
-  char text[520];
-  std::memcpy(text, current, field);
-  text[field] = '\0';
-  char* stop = nullptr;
-  double v = ut_strtod(text, &stop, utGetFpcContext());
-  if (stop == text) {
-    status = code(StreamError::NoHelp);
-    return -1.0;
-  }
-  current += stop - text;
-  return v;
 }
 
 size_t inputStringStream::unitCount() {
@@ -241,25 +150,6 @@ bool outputStringStream::unread(int64_t n) {
   if (n < 0 || n > cursor - begin) return false;
   cursor -= n;
   return true;
-}
-
-uint64_t outputStringStream::readOctal(int, int&, bool&) {
-  notImplemented();
-}
-uint64_t outputStringStream::readHex(int, int&, bool&) {
-  notImplemented();
-}
-uint64_t outputStringStream::readUnsigned(int, int&, bool&) {
-  notImplemented();
-}
-uint64_t outputStringStream::readSigned(int, int&, bool&) {
-  notImplemented();
-}
-uint64_t outputStringStream::readAnyBase(int, int&, bool&) {
-  notImplemented();
-}
-double outputStringStream::readDouble(int, int&) {
-  notImplemented();
 }
 
 void* outputStringStream::release(size_t& bytes) {

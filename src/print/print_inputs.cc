@@ -57,7 +57,7 @@ bool asciiTransparent(const std::string& name) {
 bool writesAsciiAsBytes(stream& target) {
   // The console takes text and bytes by different routes; keep them apart.
   if (target.isConsole()) return false;
-  auto* text = dynamic_cast<TcodnStream*>(&target);
+  TcodnStream* text = target.textLayer();
   if (text == nullptr || text->utf16()) return false;
   static std::map<std::string, bool> known;
   std::string name = text->encodingName();

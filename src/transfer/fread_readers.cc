@@ -36,7 +36,7 @@ FreadReader::FreadReader(stream& input, const FreadRequest& request)
       stop_(request.stopRule()),
       buffer_(request.outputClass(), 1024, 64, 8388608),
       room_(buffer_) {
-  if (request.inputClass() == kxCHAR_CLASS) text_ = dynamic_cast<TcodnStream*>(&input);
+  if (request.inputClass() == kxCHAR_CLASS) text_ = input.textLayer();
 }
 
 FreadReader::~FreadReader() = default;

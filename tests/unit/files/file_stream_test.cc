@@ -12,7 +12,7 @@ namespace {
 
 using namespace Tarnwicks::FileIO;
 
-// Exposes the character-at-a-time definition of readLine.
+// Exposes the character-at-a-time reader of lines.
 class TestStream : public fileStream {
  public:
   using fileStream::fileStream;
@@ -94,9 +94,9 @@ TEST_F(FileStreamTest, PositionsAndSize) {
   st.read(5, buf, 1);
   ASSERT_EQ(st.getPosition(pos), 0);
   EXPECT_EQ(pos, 5);
-  st.markPosition();
+  const int64_t mark = pos;
   st.read(3, buf, 1);
-  st.returnToMark();
+  st.setPosition(mark);
   st.getPosition(pos);
   EXPECT_EQ(pos, 5);
   EXPECT_EQ(st.setPosition(1), 0);
@@ -156,7 +156,8 @@ TEST_F(FileStreamTest, EndFlagSetByThePeekAfterTheLastLine) {
 }
 
 // Random text in each fast encoding, with every terminator and limits:
-// the fast reader gives exactly what the definition gives, position too.
+// the fast reader gives exactly what the character-at-a-time one gives,
+// position too.
 TEST_F(FileStreamTest, FastLinesEqualCharacterLines) {
   std::mt19937 rng(7);
   const std::vector<std::string> pieces = {

@@ -1,8 +1,14 @@
-// The number readers of fscanf on files, and on strings for sscanf.
+// The number readers of fscanf on files, and on strings for sscanf: their
+// forms, the C library's scanner as the peer of the file rules, and the
+// independence of the result from where the C buffer ends.
 #include <cmath>
+#include <cstdio>
+#include <cstring>
 
 #include "fileio/attributes.h"
 #include "fileio/file_stream.h"
+#include "fileio/number_readers.h"
+#include "fileio/screen_streams.h"
 #include "fileio/string_streams.h"
 #include "files_test_support.h"
 
@@ -43,19 +49,19 @@ TEST_P(Integers, ReadOne) {
   uint64_t v = 0;
   switch (c.reader) {
     case kSigned:
-      v = st.readSigned(c.width, error, negative);
+      v = readSigned(st, c.width, error, negative);
       break;
     case kUnsigned:
-      v = st.readUnsigned(c.width, error, negative);
+      v = readUnsigned(st, c.width, error, negative);
       break;
     case kHex:
-      v = st.readHex(c.width, error, negative);
+      v = readHex(st, c.width, error, negative);
       break;
     case kOctal:
-      v = st.readOctal(c.width, error, negative);
+      v = readOctal(st, c.width, error, negative);
       break;
     case kAny:
-      v = st.readAnyBase(c.width, error, negative);
+      v = readAnyBase(st, c.width, error, negative);
       break;
   }
   EXPECT_EQ(v, c.value) << c.text;
@@ -99,7 +105,7 @@ TEST_F(NumberTest, Doubles) {
   for (const Case& c : cases) {
     open(c.text);
     int status = 0x7fffffff;
-    double v = s->readDouble(-1, status);
+    double v = readDouble(*s, -1, status);
     if (std::isnan(c.value)) {
       EXPECT_TRUE(std::isnan(v)) << c.text;
     } else if (status == 0x7fffffff) {
@@ -110,7 +116,7 @@ TEST_F(NumberTest, Doubles) {
   }
   open("12345");
   int status = 0x7fffffff;
-  EXPECT_EQ(s->readDouble(3, status), 123.0);
+  EXPECT_EQ(readDouble(*s, 3, status), 123.0);
   EXPECT_EQ(rest(), "45");
 }
 
@@ -119,17 +125,206 @@ TEST(StringNumberTest, ReadsInPlaceAndReportsNothingLeft) {
   inputStringStream in(text.data(), text.size());
   int error = 0;
   bool negative = false;
-  EXPECT_EQ(in.readSigned(-1, error, negative), 12u);
-  EXPECT_EQ(in.readSigned(-1, error, negative), 7u);  // after an ideographic space
+  EXPECT_EQ(readSigned(in, -1, error, negative), 12u);
+  EXPECT_EQ(readSigned(in, -1, error, negative), 7u);  // after an ideographic space
   EXPECT_TRUE(negative);
-  EXPECT_EQ(in.readAnyBase(-1, error, negative), 31u);
+  EXPECT_EQ(readAnyBase(in, -1, error, negative), 31u);
   EXPECT_EQ(error, 0);
-  in.readSigned(-1, error, negative);
+  readSigned(in, -1, error, negative);
   EXPECT_EQ(error, -9);
   in.current = in.end;
-  EXPECT_EQ(in.readSigned(-1, error, negative), 0u);
+  EXPECT_EQ(readSigned(in, -1, error, negative), 0u);
   EXPECT_EQ(error, 0);
   EXPECT_TRUE(in.atEnd());
+}
+
+// ---- the file rules against the C library's scanner ----------------------------
+
+struct Outcome {
+  bool ok;
+  double value;
+  std::string rest;
+};
+
+std::string restOf(FILE* f) {
+  std::string out;
+  for (int c; (c = getc(f)) != EOF;) out += static_cast<char>(c);
+  return out;
+}
+
+// What fscanf's "%le" makes of `text`; the reader gives its sign back on a
+// failure, which fscanf can't.
+Outcome scannerPeer(const std::string& text, int width) {
+  FILE* f = fmemopen(const_cast<char*>(text.data()), text.size(), "r");
+  char format[16];
+  std::snprintf(format, sizeof format, width > 0 ? "%%%dle" : "%%le", width);
+  double v = 0;
+  bool ok = std::fscanf(f, format, &v) == 1;
+  std::string rest = restOf(f);
+  std::fclose(f);
+  size_t first = text.find_first_not_of(" \t\n\v\f\r");
+  if (!ok && first != std::string::npos && (text[first] == '-' || text[first] == '+')) {
+    rest.insert(rest.begin(), text[first]);
+  }
+  return {ok, v, rest};
+}
+
+TEST_F(NumberTest, DoublesAreReadAsTheCScannerReadsThem) {
+  const char* texts[] = {"1.2.3",
+                         "1e",
+                         "1e+",
+                         "1e+x",
+                         ".",
+                         ".x",
+                         "-.x",
+                         "-x",
+                         "0x",
+                         "0x.p",
+                         "0x1p",
+                         "1..2",
+                         "1e5.5",
+                         "0xg",
+                         "00x1",
+                         "+-1",
+                         "- 1",
+                         "0x1.8p1z",
+                         "1,5",
+                         "1e-",
+                         "e5",
+                         "0e",
+                         "0.e1",
+                         "  +.5e2",
+                         "1E+3",
+                         "0X1P-2",
+                         "-0",
+                         "9e999",
+                         "1e-400",
+                         "4.9406564584124654e-324",
+                         "123456789012345678901234567890e-5"};
+  for (const char* t : texts) {
+    for (int width : {-1, 1, 2, 3, 4}) {
+      const std::string text(t);
+      Outcome peer = scannerPeer(text, width);
+      open(text);
+      int status = kReadSuccess;
+      double v = readDouble(*s, width, status);
+      EXPECT_EQ(status == kReadSuccess, peer.ok) << t << " width " << width;
+      if (peer.ok) {
+        EXPECT_EQ(v, peer.value) << t << " width " << width;
+      }
+      EXPECT_EQ(rest(), peer.rest) << t << " width " << width;
+    }
+  }
+}
+
+TEST_F(NumberTest, AWidthIsNeverExceeded) {
+  int error = 0;
+  bool negative = false;
+  // The prefix takes the width: no digit, and the x stays.
+  EXPECT_EQ(readAnyBase(open("0x1f"), 1, error, negative), 0u);
+  EXPECT_EQ(error, 0);
+  EXPECT_EQ(rest(), "x1f");
+  EXPECT_EQ(readSigned(open("-05"), 2, error, negative), 0u);
+  EXPECT_EQ(rest(), "5");
+  EXPECT_EQ(readSigned(open("-5"), 1, error, negative), 0u);
+  EXPECT_NE(error, 0);
+  EXPECT_EQ(rest(), "-5");
+}
+
+// ---- window boundaries ---------------------------------------------------------
+
+// Every reader on every text gives the same value, code and rest whether the
+// C library buffers one byte, a few, or the whole file: the reader's window
+// ends wherever the buffer does.
+TEST_F(NumberTest, WhereTheCBufferEndsChangesNothing) {
+  const char* texts[] = {"  -0x00fF9 z",
+                         "+000000000000000000000000000000123",
+                         "0",
+                         "-",
+                         "-Inf",
+                         "-inX",
+                         " nan",
+                         "1.5e-3x",
+                         "0x1.8p1z",
+                         "-.x",
+                         "123456789012345678901234567890;",
+                         "  \n\t 42",
+                         "0x",
+                         "7 8 9"};
+  struct Read {
+    std::string values;
+    std::string rest;
+    bool atEnd;
+  };
+  FilePermission permission("r", 0);
+  auto readAll = [&](const char* text, int reader, int width, size_t bufferBytes) {
+    FILE* memory = fmemopen(const_cast<char*>(text), std::strlen(text), "r");
+    if (bufferBytes != 0) setvbuf(memory, nullptr, _IOFBF, bufferBytes);
+    auto stream = std::make_unique<fileStream>(memory, "", &permission);
+    fileStream* s = stream.get();
+    Read r;
+    for (int i = 0; i < 3; ++i) {
+      int error = 0;
+      bool negative = false;
+      int status = kReadSuccess;
+      switch (reader) {
+        case 0:
+          r.values += std::to_string(readSigned(*s, width, error, negative));
+          break;
+        case 1:
+          r.values += std::to_string(readHex(*s, width, error, negative));
+          break;
+        case 2:
+          r.values += std::to_string(readAnyBase(*s, width, error, negative));
+          break;
+        case 3:
+          r.values += std::to_string(readOctal(*s, width, error, negative));
+          break;
+        default:
+          r.values += std::to_string(readDouble(*s, width, status));
+          error = status == kReadSuccess ? 0 : status;
+          break;
+      }
+      r.values += " " + std::to_string(error) + (negative ? "-" : "+") + ";";
+    }
+    r.atEnd = s->atEnd();
+    char c;
+    while (s->read(1, &c, 1) == 1) r.rest += c;
+    stream.reset();
+    std::fclose(memory);
+    return r;
+  };
+  for (const char* text : texts) {
+    for (int reader = 0; reader < 5; ++reader) {
+      for (int width : {-1, 2, 5, 30}) {
+        Read whole = readAll(text, reader, width, 0);
+        for (size_t bytes : {1, 2, 3}) {
+          Read pieces = readAll(text, reader, width, bytes);
+          EXPECT_EQ(pieces.values, whole.values)
+              << text << " reader " << reader << " width " << width << " buffer " << bytes;
+          EXPECT_EQ(pieces.rest, whole.rest) << text << " reader " << reader;
+          EXPECT_EQ(pieces.atEnd, whole.atEnd) << text << " reader " << reader;
+        }
+      }
+    }
+  }
+}
+
+// ---- streams without numbers ---------------------------------------------------
+
+TEST(NumberSources, StreamsThatCantBeReadByNumberRaise) {
+  FilePermission permission("r", 1);
+  screenStreamBase screen(stdin, &permission);
+  outputStringStream out;
+  int error = 0, status = kReadSuccess;
+  bool negative = false;
+  EXPECT_EQ(files_test::raisedBy([&] { readSigned(screen, -1, error, negative); }),
+            "KORVAN:legacy_two_part:notimplemented_mx");
+  EXPECT_EQ(files_test::raisedBy([&] { readDouble(out, -1, status); }),
+            "KORVAN:legacy_two_part:notimplemented_mx");
+  // Both still have their text layer.
+  EXPECT_EQ(screen.textLayer(), &screen);
+  EXPECT_EQ(out.textLayer(), &out);
 }
 
 }  // namespace
