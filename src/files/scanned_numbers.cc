@@ -247,12 +247,15 @@ double scanDouble(ByteSource& in, int width, int& status) {
     int n = 0;
     if (sign != 0) taken[n++] = sign;
     const int wordStart = n;
-    while (n - wordStart < 3 && asciiLower(c) == word[n - wordStart]) {
+    // Exactly the word is looked at: a byte after it stays unseen.
+    constexpr int kWordLength = 3;
+    while (asciiLower(c) == word[n - wordStart]) {
       taken[n++] = static_cast<unsigned char>(c);
       ++in.next;
+      if (n - wordStart == kWordLength) break;
       c = in.peek();
     }
-    if (n - wordStart == 3) {
+    if (n - wordStart == kWordLength) {
       in.commit();
       double v = word[0] == 'i' ? std::numeric_limits<double>::infinity()
                                 : std::numeric_limits<double>::quiet_NaN();

@@ -140,36 +140,35 @@ TEST(StringNumberTest, ReadsInPlaceAndReportsNothingLeft) {
 
 // ---- the file rules against the C library's scanner ----------------------------
 
-struct Outcome {
-  bool ok;
-  double value;
-  std::string rest;
+// A fileStream on a FILE in memory, buffered `bufferBytes` at a time (0:
+// the C library's choice).
+class MemoryFile {
+ public:
+  explicit MemoryFile(const std::string& text, size_t bufferBytes = 0)
+      : text_(text), file_(fmemopen(text_.data(), text_.size(), "r")) {
+    if (bufferBytes != 0) setvbuf(file_, nullptr, _IOFBF, bufferBytes);
+    stream_ = std::make_unique<fileStream>(file_, "", &permission_);
+  }
+  ~MemoryFile() {
+    stream_.reset();
+    std::fclose(file_);
+  }
+  fileStream& stream() { return *stream_; }
+  FILE* file() { return file_; }
+  std::string rest() {
+    std::string out;
+    for (int c; (c = getc(file_)) != EOF;) out += static_cast<char>(c);
+    return out;
+  }
+
+ private:
+  std::string text_;
+  FILE* file_;
+  FilePermission permission_{"r", 0};
+  std::unique_ptr<fileStream> stream_;
 };
 
-std::string restOf(FILE* f) {
-  std::string out;
-  for (int c; (c = getc(f)) != EOF;) out += static_cast<char>(c);
-  return out;
-}
-
-// What fscanf's "%le" makes of `text`; the reader gives its sign back on a
-// failure, which fscanf can't.
-Outcome scannerPeer(const std::string& text, int width) {
-  FILE* f = fmemopen(const_cast<char*>(text.data()), text.size(), "r");
-  char format[16];
-  std::snprintf(format, sizeof format, width > 0 ? "%%%dle" : "%%le", width);
-  double v = 0;
-  bool ok = std::fscanf(f, format, &v) == 1;
-  std::string rest = restOf(f);
-  std::fclose(f);
-  size_t first = text.find_first_not_of(" \t\n\v\f\r");
-  if (!ok && first != std::string::npos && (text[first] == '-' || text[first] == '+')) {
-    rest.insert(rest.begin(), text[first]);
-  }
-  return {ok, v, rest};
-}
-
-TEST_F(NumberTest, DoublesAreReadAsTheCScannerReadsThem) {
+TEST(ScannerRules, DoublesAreReadAsTheCScannerReadsThem) {
   const char* texts[] = {"1.2.3",
                          "1e",
                          "1e+",
@@ -201,18 +200,27 @@ TEST_F(NumberTest, DoublesAreReadAsTheCScannerReadsThem) {
                          "1e-400",
                          "4.9406564584124654e-324",
                          "123456789012345678901234567890e-5"};
-  for (const char* t : texts) {
+  for (const char* text : texts) {
     for (int width : {-1, 1, 2, 3, 4}) {
-      const std::string text(t);
-      Outcome peer = scannerPeer(text, width);
-      open(text);
+      // The peer: fscanf's "%le" on the same bytes. The reader gives its
+      // sign back on a failure, which fscanf can't.
+      MemoryFile peer(text);
+      char format[16];
+      std::snprintf(format, sizeof format, width > 0 ? "%%%dle" : "%%le", width);
+      double want = 0;
+      const bool ok = std::fscanf(peer.file(), format, &want) == 1;
+      std::string wantRest = peer.rest();
+      const char* first = text + std::strspn(text, " \t\n\v\f\r");
+      if (!ok && (*first == '-' || *first == '+')) wantRest.insert(wantRest.begin(), *first);
+
+      MemoryFile mine(text);
       int status = kReadSuccess;
-      double v = readDouble(*s, width, status);
-      EXPECT_EQ(status == kReadSuccess, peer.ok) << t << " width " << width;
-      if (peer.ok) {
-        EXPECT_EQ(v, peer.value) << t << " width " << width;
+      double v = readDouble(mine.stream(), width, status);
+      EXPECT_EQ(status == kReadSuccess, ok) << text << " width " << width;
+      if (ok) {
+        EXPECT_EQ(v, want) << text << " width " << width;
       }
-      EXPECT_EQ(rest(), peer.rest) << t << " width " << width;
+      EXPECT_EQ(mine.rest(), wantRest) << text << " width " << width;
     }
   }
 }
@@ -231,12 +239,18 @@ TEST_F(NumberTest, AWidthIsNeverExceeded) {
   EXPECT_EQ(rest(), "-5");
 }
 
+TEST_F(NumberTest, AWordIsLookedAtNoFurtherThanItsEnd) {
+  int status = kReadSuccess;
+  EXPECT_EQ(readDouble(open("-inf"), -1, status), -INFINITY);
+  EXPECT_FALSE(s->atEnd());  // nothing has looked past the word yet
+}
+
 // ---- window boundaries ---------------------------------------------------------
 
-// Every reader on every text gives the same value, code and rest whether the
-// C library buffers one byte, a few, or the whole file: the reader's window
-// ends wherever the buffer does.
-TEST_F(NumberTest, WhereTheCBufferEndsChangesNothing) {
+// Every reader on every text gives the same values, codes and rest whether
+// the C library buffers one byte, a few, or the whole file: the reader's
+// window ends wherever the buffer does.
+TEST(ScannerRules, WhereTheCBufferEndsChangesNothing) {
   const char* texts[] = {"  -0x00fF9 z",
                          "+000000000000000000000000000000123",
                          "0",
@@ -256,12 +270,9 @@ TEST_F(NumberTest, WhereTheCBufferEndsChangesNothing) {
     std::string rest;
     bool atEnd;
   };
-  FilePermission permission("r", 0);
-  auto readAll = [&](const char* text, int reader, int width, size_t bufferBytes) {
-    FILE* memory = fmemopen(const_cast<char*>(text), std::strlen(text), "r");
-    if (bufferBytes != 0) setvbuf(memory, nullptr, _IOFBF, bufferBytes);
-    auto stream = std::make_unique<fileStream>(memory, "", &permission);
-    fileStream* s = stream.get();
+  auto readAll = [](const char* text, int reader, int width, size_t bufferBytes) {
+    MemoryFile memory(text, bufferBytes);
+    fileStream& s = memory.stream();
     Read r;
     for (int i = 0; i < 3; ++i) {
       int error = 0;
@@ -269,29 +280,26 @@ TEST_F(NumberTest, WhereTheCBufferEndsChangesNothing) {
       int status = kReadSuccess;
       switch (reader) {
         case 0:
-          r.values += std::to_string(readSigned(*s, width, error, negative));
+          r.values += std::to_string(readSigned(s, width, error, negative));
           break;
         case 1:
-          r.values += std::to_string(readHex(*s, width, error, negative));
+          r.values += std::to_string(readHex(s, width, error, negative));
           break;
         case 2:
-          r.values += std::to_string(readAnyBase(*s, width, error, negative));
+          r.values += std::to_string(readAnyBase(s, width, error, negative));
           break;
         case 3:
-          r.values += std::to_string(readOctal(*s, width, error, negative));
+          r.values += std::to_string(readOctal(s, width, error, negative));
           break;
         default:
-          r.values += std::to_string(readDouble(*s, width, status));
+          r.values += std::to_string(readDouble(s, width, status));
           error = status == kReadSuccess ? 0 : status;
           break;
       }
       r.values += " " + std::to_string(error) + (negative ? "-" : "+") + ";";
     }
-    r.atEnd = s->atEnd();
-    char c;
-    while (s->read(1, &c, 1) == 1) r.rest += c;
-    stream.reset();
-    std::fclose(memory);
+    r.atEnd = s.atEnd();
+    r.rest = memory.rest();
     return r;
   };
   for (const char* text : texts) {
