@@ -50,9 +50,11 @@ class ByteSource {
   // bytes ready; false at the end of input or on a failure of the medium,
   // with the window empty. Cost: one call into the medium.
   virtual bool refill() = 0;
-  // Gives back the last `n` bytes taken, whose values are bytes[0..n) in
-  // the order they came; the window begins with them afterwards. Bytes not
-  // taken must not be given back.
+  // Puts bytes[0..n) back in front of the window, to be read next in that
+  // order. A Scanner source takes any bytes, as the C library's push-back
+  // does (a failed double gives back its sign after the bytes the scanner
+  // consumed); an InPlace source only the last `n` it gave, which are its
+  // text's own.
   virtual void putBack(const unsigned char* bytes, size_t n) = 0;
   // Ends a read: the stream's position becomes the byte at `next`.
   virtual void commit() = 0;

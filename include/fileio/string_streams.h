@@ -20,7 +20,7 @@ class StringBytes final : public ByteSource {
   explicit StringBytes(inputStringStream& owner);
   void begin() override;
   bool refill() override;
-  // The bytes must be the last taken: they are the text's own.
+  // Steps back over the last `n` bytes taken: they are the text's own.
   void putBack(const unsigned char* bytes, size_t n) override;
   void commit() override;
   int failureCode() const override { return 0; }

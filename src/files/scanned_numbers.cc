@@ -71,11 +71,10 @@ class Token {
   int last() const { return n_ == 0 ? kEnd : n_ <= kLocal ? local_[n_ - 1] : spill_.back(); }
   // NUL-terminated.
   const char* text() {
-    if (n_ < kLocal) {
+    if (n_ <= kLocal) {
       local_[n_] = '\0';
       return local_;
     }
-    if (n_ == kLocal) spill_.assign(local_, kLocal);
     return spill_.c_str();
   }
 

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
+#include <vector>
 
 #include "fileio/attributes.h"
 #include "fileio/file_stream.h"
@@ -200,8 +202,13 @@ TEST(ScannerRules, DoublesAreReadAsTheCScannerReadsThem) {
                          "1e-400",
                          "4.9406564584124654e-324",
                          "123456789012345678901234567890e-5"};
-  for (const char* text : texts) {
-    for (int width : {-1, 1, 2, 3, 4}) {
+  std::vector<std::string> all(std::begin(texts), std::end(texts));
+  // Longer than the reader keeps on its stack.
+  all.push_back("0." + std::string(300, '0') + "12345678901234567890123e301x");
+  all.push_back(std::string(200, '9') + ".5");
+  for (const std::string& held : all) {
+    const char* text = held.c_str();
+    for (int width : {-1, 1, 2, 3, 4, 250}) {
       // The peer: fscanf's "%le" on the same bytes. The reader gives its
       // sign back on a failure, which fscanf can't.
       MemoryFile peer(text);
