@@ -8,44 +8,46 @@ namespace Tarnwicks::FileIO {
 
 namespace {
 
-int conversionKindOf(char16_t c) {
+// The matcher has let through only the characters of "diouxXeEfgGsc" here.
+ConversionKind conversionKindOf(char16_t c) {
   switch (c) {
     case u'd':
-      return 1;
+      return ConversionKind::D;
     case u'i':
-      return 2;
+      return ConversionKind::I;
     case u'o':
-      return 3;
+      return ConversionKind::O;
     case u'u':
-      return 4;
+      return ConversionKind::U;
     case u'x':
     case u'X':
-      return 5;
+      return ConversionKind::X;
     case u'e':
     case u'E':
-      return 6;
+      return ConversionKind::E;
     case u'f':
-      return 7;
+      return ConversionKind::F;
     case u'g':
     case u'G':
-      return 8;
+      return ConversionKind::G;
     case u's':
-      return 9;
+      return ConversionKind::S;
     default:
-      return 10;  // c
+      return ConversionKind::C;
   }
 }
 
-int lengthKindOf(char16_t c) {
+// And only those of "hlbt" here.
+LengthKind lengthKindOf(char16_t c) {
   switch (c) {
     case u'h':
-      return 1;
+      return LengthKind::H;
     case u'l':
-      return 2;
+      return LengthKind::L;
     case u't':
-      return 3;
+      return LengthKind::T;
     default:
-      return 4;  // b
+      return LengthKind::B;
   }
 }
 
@@ -230,29 +232,30 @@ void PrintFormatParser::takeConversion(const ConversionMatch& m) {
   char16_t c = formatText_[m.conversion.start];
   conversionKind_ = conversionKindOf(c);
   switch (conversionKind_) {
-    case 1:
-    case 2:
+    case ConversionKind::D:
+    case ConversionKind::I:
       // Bit patterns are for the unsigned conversions only.
-      if (lengthKind_ == 3 || lengthKind_ == 4) {
+      if (lengthKind_ == LengthKind::T || lengthKind_ == LengthKind::B) {
         markInvalid();
         return;
       }
+      // Every integer is printed as a long one.
       pieceText_.push_back(u'l');
       break;
-    case 3:
-    case 4:
-    case 5:
+    case ConversionKind::O:
+    case ConversionKind::U:
+    case ConversionKind::X:
       pieceText_.push_back(u'l');
       break;
-    case 9:
+    case ConversionKind::S:
       hasStringConversion_ = true;
       [[fallthrough]];
     default:
-      if (conversionKind_ == 10 && precisionKind_ != kFieldAbsent) {
+      if (conversionKind_ == ConversionKind::C && precisionKind_ != kFieldAbsent) {
         markInvalid();
         return;
       }
-      if (lengthKind_ != 0) {
+      if (lengthKind_ != LengthKind::None) {
         markInvalid();
         return;
       }
@@ -270,7 +273,7 @@ void PrintFormatParser::flushPiece() {
   setup.widthValue = widthValue_;
   setup.precisionKind = precisionKind_;
   setup.precisionValue = precisionValue_;
-  if (conversionKind_ != 0) {
+  if (conversionKind_ != ConversionKind::Literal) {
     // A conversion's text is ASCII by the grammar.
     setup.narrowFormat.reserve(pieceText_.size());
     for (char16_t c : pieceText_) setup.narrowFormat.push_back(static_cast<char>(c));
@@ -283,8 +286,8 @@ void PrintFormatParser::flushPiece() {
   widthKind_ = kFieldAbsent;
   precisionKind_ = kFieldAbsent;
   precisionValue_ = 0;
-  lengthKind_ = 0;
-  conversionKind_ = 0;
+  lengthKind_ = LengthKind::None;
+  conversionKind_ = ConversionKind::Literal;
   pieceText_.clear();
 }
 

@@ -12,6 +12,7 @@
 
 #include "conversion_matcher.h"
 #include "pieces.h"
+#include "print_kinds.h"
 #include "twhost/kx_array.h"
 
 namespace Tarnwicks::FileIO {
@@ -34,7 +35,7 @@ class PrintFormatParser {
   // which runs once.
   foutFormatPiece* restartPieces();
 
-  int numberingStyle() const { return numberingStyle_; }
+  NumberingStyle numberingStyle() const { return numberingStyle_; }
   uint64_t argumentsPerPass() const { return argumentsPerPass_; }
   bool hasStringConversion() const { return hasStringConversion_; }
   int formatError() const { return formatError_; }
@@ -70,14 +71,14 @@ class PrintFormatParser {
   int32_t argNumber_ = 0;
   uint32_t flags_ = 0;
   int32_t widthValue_ = 0;
-  int32_t widthKind_ = kFieldAbsent;
+  fieldKind widthKind_ = kFieldAbsent;
   int32_t precisionValue_ = 0;
-  int32_t precisionKind_ = kFieldAbsent;
-  int lengthKind_ = 0;
-  int conversionKind_ = 0;
+  fieldKind precisionKind_ = kFieldAbsent;
+  LengthKind lengthKind_ = LengthKind::None;
+  ConversionKind conversionKind_ = ConversionKind::Literal;
   std::u16string pieceText_;
 
-  int numberingStyle_ = kUndecided;
+  NumberingStyle numberingStyle_ = kUndecided;
   std::vector<std::unique_ptr<foutFormatPiece>> pieces_;
   size_t pieceIndex_ = 0;
   int formatError_ = 0;

@@ -45,17 +45,13 @@ const FieldValidator& precisionValidator() {
 
 namespace {
 
-FieldState makeField(const FieldValidator& validator, int32_t kind, int32_t value) {
+FieldState makeField(const FieldValidator& validator, fieldKind kind, int32_t value) {
   FieldState f;
   f.validator = &validator;
   f.kind = kind;
   f.value = static_cast<uint64_t>(value);
   if (kind == kFieldNumber || kind == kFieldAbsent) f.resolved = f.value;
   return f;
-}
-
-bool isStar(int32_t kind) {
-  return kind == kFieldNumberedStar || kind == kFieldStar;
 }
 
 // The settled form of a narrow format. A precision written as "." and "-"
@@ -97,8 +93,8 @@ foutFormatPiece::foutFormatPiece(PieceKind kind, const PieceSetup& setup)
       alwaysSigned_(setup.alwaysSigned),
       widthField_(makeField(widthValidator(), setup.widthKind, setup.widthValue)),
       precisionField_(makeField(precisionValidator(), setup.precisionKind, setup.precisionValue)) {
-  formats_[0] = setup.narrowFormat;
-  specs_[0] = specOf(formats_[0], setup, true);
+  formats_[kAsParsed] = setup.narrowFormat;
+  specs_[kAsParsed] = specOf(formats_[kAsParsed], setup, true);
 }
 
 foutFormatPiece::~foutFormatPiece() = default;
@@ -107,35 +103,35 @@ uint64_t foutFormatPiece::sizeHint() const {
   return widthField_.resolved + precisionField_.resolved + 20;
 }
 
-void foutFormatPiece::ensureFormat(int index) {
-  if (made_[index]) return;
+void foutFormatPiece::ensureFormat(FormatForm form) {
+  if (made_[form]) return;
   PieceSetup setup;
   setup.flags = flags_;
   setup.widthKind = widthField_.kind;
   setup.widthValue = static_cast<int32_t>(widthField_.value);
   setup.precisionKind = precisionField_.kind;
   setup.precisionValue = static_cast<int32_t>(precisionField_.value);
-  switch (index) {
-    case 1:
-      formats_[1] = asExponentFormat(formats_[0]);
-      specs_[1] = specOf(formats_[1], setup, true);
+  switch (form) {
+    case kAsE:
+      formats_[form] = asExponentFormat(formats_[kAsParsed]);
+      specs_[form] = specOf(formats_[form], setup, true);
       break;
-    case 2:
-      formats_[2] = withoutStarPrecision(formats_[0]);
-      specs_[2] = specOf(formats_[2], setup, false);
+    case kWithoutStarPrecision:
+      formats_[form] = withoutStarPrecision(formats_[kAsParsed]);
+      specs_[form] = specOf(formats_[form], setup, false);
       break;
-    default:
-      ensureFormat(2);
-      formats_[3] = asExponentFormat(formats_[2]);
-      specs_[3] = specOf(formats_[3], setup, false);
+    default:  // kWithoutStarPrecisionAsE; the parsed form is made at construction
+      ensureFormat(kWithoutStarPrecision);
+      formats_[form] = asExponentFormat(formats_[kWithoutStarPrecision]);
+      specs_[form] = specOf(formats_[form], setup, false);
       break;
   }
-  made_[index] = true;
+  made_[form] = true;
 }
 
 const NumberSpec& foutFormatPiece::specForE() {
-  ensureFormat(1);
-  return specs_[1];
+  ensureFormat(kAsE);
+  return specs_[kAsE];
 }
 
 // ---- one value ----------------------------------------------------------------------
@@ -161,11 +157,11 @@ void foutFormatPiece::resolve(FieldState& field, printfArgumentSource& source) {
 void foutFormatPiece::output(PrintSink& sink, printfArgumentSource& source) {
   resolve(widthField_, source);
   resolve(precisionField_, source);
-  formatIndex_ = 0;
+  formatIndex_ = kAsParsed;
   if (precisionField_.negative) {
     // A negative star precision means no precision at all.
-    ensureFormat(2);
-    formatIndex_ = 2;
+    ensureFormat(kWithoutStarPrecision);
+    formatIndex_ = kWithoutStarPrecision;
   }
   source.selectArgument(argNumber_);
   int c = classify(source);
@@ -206,7 +202,7 @@ void foutFormatPiece::printDouble(PrintSink& sink, printfArgumentSource& source)
 }
 
 void foutFormatPiece::printThroughE(PrintSink& sink, printfArgumentSource& source) {
-  formatIndex_ = formatIndex_ == 0 ? 1 : 3;
+  formatIndex_ = formatIndex_ == kAsParsed ? kAsE : kWithoutStarPrecisionAsE;
   ensureFormat(formatIndex_);
   printDouble(sink, source);
 }

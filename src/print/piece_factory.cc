@@ -5,56 +5,44 @@ namespace Tarnwicks::FileIO {
 
 namespace {
 
-enum ConversionKind {
-  kLiteral = 0,
-  kD = 1,
-  kI = 2,
-  kO = 3,
-  kU = 4,
-  kX = 5,
-  kE = 6,
-  kF = 7,
-  kG = 8,
-  kS = 9,
-  kC = 10,
-};
-enum LengthKind { kNone = 0, kH = 1, kL = 2, kT = 3, kB = 4 };
-
+// The bit-pattern piece of o, u, x or X: of a single under t, of a double
+// under b.
 template <template <class, class> class Piece>
-std::unique_ptr<foutFormatPiece> bitPiece(int lengthKind, const PieceSetup& setup) {
-  if (lengthKind == kT) return std::make_unique<Piece<unsigned int, float>>(setup);
+std::unique_ptr<foutFormatPiece> bitPiece(LengthKind length, const PieceSetup& setup) {
+  if (length == LengthKind::T) return std::make_unique<Piece<unsigned int, float>>(setup);
   return std::make_unique<Piece<unsigned long, double>>(setup);
 }
 
 }  // namespace
 
-std::unique_ptr<foutFormatPiece> makePiece(int conversionKind, int lengthKind,
+std::unique_ptr<foutFormatPiece> makePiece(ConversionKind conversion, LengthKind length,
                                            const PieceSetup& setup, const std::u16string& text) {
-  bool bits = lengthKind == kT || lengthKind == kB;
-  switch (conversionKind) {
-    case kLiteral:
+  bool bits = length == LengthKind::T || length == LengthKind::B;
+  switch (conversion) {
+    case ConversionKind::Literal:
       return std::make_unique<foutFormatPieceForLiterals>(text);
-    case kD:
-    case kI:
+    case ConversionKind::D:
+    case ConversionKind::I:
       return std::make_unique<foutFormatPieceForInteger<long long>>(setup);
-    case kO:
-      if (bits) return bitPiece<foutFormatPieceForObt>(lengthKind, setup);
+    case ConversionKind::O:
+      if (bits) return bitPiece<foutFormatPieceForObt>(length, setup);
       return std::make_unique<foutFormatPieceForInteger<unsigned long long>>(setup);
-    case kU:
-      if (bits) return bitPiece<foutFormatPieceForUbt>(lengthKind, setup);
+    case ConversionKind::U:
+      if (bits) return bitPiece<foutFormatPieceForUbt>(length, setup);
       return std::make_unique<foutFormatPieceForInteger<unsigned long long>>(setup);
-    case kX:
-      if (bits) return bitPiece<foutFormatPieceForXbt>(lengthKind, setup);
+    case ConversionKind::X:
+      if (bits) return bitPiece<foutFormatPieceForXbt>(length, setup);
       return std::make_unique<foutFormatPieceForInteger<unsigned long long>>(setup);
-    case kE:
-    case kF:
-    case kG:
+    case ConversionKind::E:
+    case ConversionKind::F:
+    case ConversionKind::G:
       return std::make_unique<foutFormatPieceForDouble>(setup);
-    case kS:
+    case ConversionKind::S:
       return std::make_unique<foutFormatPieceForS>(setup);
-    default:
-      return std::make_unique<foutFormatPieceForC>(setup);
+    case ConversionKind::C:
+      break;
   }
+  return std::make_unique<foutFormatPieceForC>(setup);
 }
 
 }  // namespace Tarnwicks::FileIO

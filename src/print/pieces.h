@@ -13,18 +13,11 @@
 
 #include "argument_source.h"
 #include "number_format.h"
+#include "print_kinds.h"
 #include "print_sink.h"
 #include "twhost/stream_errors.h"
 
 namespace Tarnwicks::FileIO {
-
-// How a width or precision is given.
-enum fieldKind : int32_t {
-  kFieldNumber = 0,  // written in the format
-  kFieldAbsent = 1,
-  kFieldNumberedStar = 2,  // "*n$": from argument n
-  kFieldStar = 3,          // "*": from the next value
-};
 
 // Checks a star value and cuts it to an int; an unusable value throws the
 // code of its fault.
@@ -50,7 +43,7 @@ const FieldValidator& precisionValidator();
 
 struct FieldState {
   const FieldValidator* validator = nullptr;
-  int32_t kind = kFieldAbsent;
+  fieldKind kind = kFieldAbsent;
   uint64_t value = 0;     // the written number, or the star's argument number
   uint64_t resolved = 0;  // the value in force
   bool negative = false;  // the star's value was negative
@@ -61,22 +54,11 @@ struct PieceSetup {
   uint64_t argNumber = 0;
   uint32_t flags = 0;
   bool alwaysSigned = false;
-  int32_t widthKind = kFieldAbsent;
+  fieldKind widthKind = kFieldAbsent;
   int32_t widthValue = 0;
-  int32_t precisionKind = kFieldAbsent;
+  fieldKind precisionKind = kFieldAbsent;
   int32_t precisionValue = 0;
   std::string narrowFormat;  // e.g. "%-+5.3ld"; empty for literals
-};
-
-// Which class a piece is, for the runner's batch loop.
-enum class PieceKind : uint8_t {
-  Literal,
-  Double,
-  SignedInteger,
-  UnsignedInteger,
-  String,
-  Char,
-  Bits
 };
 
 class foutFormatPiece {
@@ -100,8 +82,8 @@ class foutFormatPiece {
   const FieldState& widthField() const { return widthField_; }
   const FieldState& precisionField() const { return precisionField_; }
   // The narrow format as parsed ("%5.2ld"), and its settled form.
-  const std::string& narrowFormat() const { return formats_[0]; }
-  const NumberSpec& spec() const { return specs_[0]; }
+  const std::string& narrowFormat() const { return formats_[kAsParsed]; }
+  const NumberSpec& spec() const { return specs_[kAsParsed]; }
   // The replacement %e of a value the conversion can't show.
   const NumberSpec& specForE();
 
@@ -118,16 +100,25 @@ class foutFormatPiece {
   NumberScratch scratch_;
 
  private:
+  // The forms of the narrow format. A value the conversion can't show is
+  // printed through %e; a negative star precision means no precision.
+  enum FormatForm : int32_t {
+    kAsParsed,
+    kAsE,                      // the conversion and length letters become "e"
+    kWithoutStarPrecision,     // the last ".*" is dropped
+    kWithoutStarPrecisionAsE,  // both
+    kFormCount
+  };
+
   void resolve(FieldState& field, printfArgumentSource& source);
-  void ensureFormat(int index);
+  void ensureFormat(FormatForm form);
 
   PieceKind kind_;
-  // [0] as parsed; [1] [0] as %e; [2] [0] without its star precision; [3]
-  // [2] as %e. Made on first need.
-  std::string formats_[4];
-  NumberSpec specs_[4];
-  bool made_[4] = {true, false, false, false};
-  int32_t formatIndex_ = 0;
+  // Each form's text and settled spec, made on first need.
+  std::string formats_[kFormCount];
+  NumberSpec specs_[kFormCount];
+  bool made_[kFormCount] = {true};  // the parsed form comes with the piece
+  FormatForm formatIndex_ = kAsParsed;
   uint64_t argNumber_;
   uint32_t flags_;
   bool alwaysSigned_;
@@ -235,9 +226,9 @@ class foutFormatPieceForXbt final : public foutFormatPieceForOUXbt<Bits, Float> 
   bool upperCase;
 };
 
-// The piece for one gathered conversion (conversionKind 0 makes a literal of
-// `text`). Kinds and length modifiers as the parser numbers them.
-std::unique_ptr<foutFormatPiece> makePiece(int conversionKind, int lengthKind,
+// The piece for one gathered conversion; a Literal kind makes a literal of
+// `text`.
+std::unique_ptr<foutFormatPiece> makePiece(ConversionKind conversion, LengthKind length,
                                            const PieceSetup& setup, const std::u16string& text);
 
 }  // namespace Tarnwicks::FileIO

@@ -14,6 +14,11 @@ namespace {
 using Tarnwicks::FileIO::ConversionMatch;
 using Tarnwicks::FileIO::findConversion;
 using Tarnwicks::FileIO::foutFormatPiece;
+using Tarnwicks::FileIO::kFieldAbsent;
+using Tarnwicks::FileIO::kFieldNumber;
+using Tarnwicks::FileIO::kFieldNumberedStar;
+using Tarnwicks::FileIO::kFieldStar;
+using Tarnwicks::FileIO::kFlagZero;
 using Tarnwicks::FileIO::PieceKind;
 using Tarnwicks::FileIO::PrintFormatParser;
 
@@ -112,16 +117,16 @@ TEST(Parser, FlagsWidthAndPrecisionKinds) {
   PrintFormatParser q(u"%05d%*.*f", false);
   ASSERT_EQ(q.pieces().size(), 2u);
   const foutFormatPiece& a = *q.pieces()[0];
-  EXPECT_EQ(a.flags(), 16u);
-  EXPECT_EQ(a.widthField().kind, 0);
+  EXPECT_EQ(a.flags(), kFlagZero);
+  EXPECT_EQ(a.widthField().kind, kFieldNumber);
   EXPECT_EQ(a.widthField().resolved, 5u);
-  EXPECT_EQ(a.precisionField().kind, 1);
+  EXPECT_EQ(a.precisionField().kind, kFieldAbsent);
   const foutFormatPiece& b = *q.pieces()[1];
-  EXPECT_EQ(b.widthField().kind, 3);
-  EXPECT_EQ(b.precisionField().kind, 3);
+  EXPECT_EQ(b.widthField().kind, kFieldStar);
+  EXPECT_EQ(b.precisionField().kind, kFieldStar);
   PrintFormatParser r(u"%3$*2$.*1$x", false);
   ASSERT_EQ(r.pieces().size(), 1u);
-  EXPECT_EQ(r.pieces()[0]->widthField().kind, 2);
+  EXPECT_EQ(r.pieces()[0]->widthField().kind, kFieldNumberedStar);
   EXPECT_EQ(r.pieces()[0]->widthField().value, 2u);
   EXPECT_EQ(r.pieces()[0]->precisionField().value, 1u);
 }
