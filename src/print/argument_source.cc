@@ -95,13 +95,6 @@ bool printfArgumentSource::requireValue(bool allowEmpty) {
   throw code(StreamError::EmptyArg);
 }
 
-int printfArgumentSource::classifyValue(bool numericCheck) {
-  if (elementCount == 0) return 1;
-  if (!hasCurrent()) return 3;
-  if (!currentData->indexIsFinite(elementIndex)) return 2;
-  return numericCheck ? 0 : 3;
-}
-
 template <class R>
 R printfArgumentSource::readWith(R (*convert)(kxClassID, const void*, uint64_t)) {
   R value = convert(currentClass_, currentElements_, elementIndex);
@@ -142,9 +135,8 @@ TakenText printfArgumentSource::takeString() {
   }
   textBuffer_.reserve(static_cast<size_t>(n));
   for (uint64_t i = 0; i < n; ++i) {
-    int c = classifyValue(true);
-    if (c == 1 || c == 2) break;
-    if (c == 0 && !isCodeAt(currentClass_, currentElements_, elementIndex)) break;
+    // Inf and NaN are no character codes either.
+    if (!isCodeAt(currentClass_, currentElements_, elementIndex)) break;
     textBuffer_.push_back(asChar16(currentClass_, currentElements_, elementIndex));
     advance();
   }

@@ -52,9 +52,6 @@ class printfArgumentSource {
   // then throw NotEnoughArgs. An empty one: advance and return false when
   // allowEmpty, else advance and throw EmptyArg.
   bool requireValue(bool allowEmpty);
-  // 1: the current argument is empty; 3: none is current, or numericCheck is
-  // false; 2: the element is Inf or NaN; 0: the piece must test it further.
-  int classifyValue(bool numericCheck);
   bool isEmptyCurrent() const { return elementCount == 0; }
   TakenText takeString();
 

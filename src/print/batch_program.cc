@@ -1,8 +1,7 @@
 #include "batch_program.h"
 
-#include <cmath>
-
 #include "element_values.h"
+#include "print_decision.h"
 
 namespace Tarnwicks::FileIO {
 
@@ -15,15 +14,6 @@ bool numberPiece(PieceKind kind) {
 
 bool writtenField(const FieldState& f) {
   return f.kind == kFieldNumber || f.kind == kFieldAbsent;
-}
-
-// The words of a piece without a star width; see foutFormatPiece::printWords.
-const char* wordFor(double value, uint32_t flags, bool alwaysSigned) {
-  if (std::isnan(value)) return alwaysSigned ? "+NaN" : "NaN";
-  if (value < 0) return "-Inf";
-  if (flags & kFlagPlus) return "+Inf";
-  if (flags & kFlagSpace) return " Inf";
-  return "Inf";
 }
 
 }  // namespace
@@ -89,41 +79,30 @@ void BatchProgram::runTyped(const T* values, uint64_t passes, PrintSink& sink) c
         continue;
       }
       T v = *values++;
-      if (op.plainInteger) {
-        // A whole value within int64 is printed as it stands; NaN and the
-        // infinities fail the range test and go the general way.
-        if constexpr (kIsFloating<T>) {
-          double x = v;
-          if (x >= -9223372036854775808.0 && x < 9223372036854775808.0) {
-            int64_t whole = static_cast<int64_t>(x);
-            if (static_cast<double>(whole) == x) {
-              sink.putPlainInteger(whole, op.suffix, op.suffixLength);
-              continue;
-            }
-          }
-        } else if (fitsSigned64(v)) {
-          sink.putPlainInteger(elementToInt64(v), op.suffix, op.suffixLength);
-          continue;
-        }
+      // The commonest conversion, %d alone, decides with its kind known
+      // here, so that the test folds to a range check.
+      if (op.plainInteger && classifyElement(PieceKind::SignedInteger, v) == ValueClass::Own) {
+        sink.putPlainInteger(fittedToInt64(v), op.suffix, op.suffixLength);
+        continue;
       }
-      if (!elementIsFinite(v)) {
-        const char* word = wordFor(elementToDouble(v), op.flags, op.alwaysSigned);
-        formatPadded(word, std::char_traits<char>::length(word), op.width,
-                     (op.flags & kFlagLeft) != 0, number);
-      } else if (op.kind == PieceKind::Double) {
-        formatDouble(op.spec, elementToDouble(v), scratch, number);
-      } else if (op.kind == PieceKind::SignedInteger) {
-        if (fitsSigned64(v)) {
-          formatSigned(op.spec, elementToInt64(v), scratch, number);
-        } else {
+      switch (classifyElement(op.kind, v)) {
+        case ValueClass::Own:
+          if (op.kind == PieceKind::Double) {
+            formatDouble(op.spec, elementToDouble(v), scratch, number);
+          } else if (op.kind == PieceKind::SignedInteger) {
+            formatSigned(op.spec, elementToInt64(v), scratch, number);
+          } else {
+            formatUnsigned(op.spec, elementToUInt64(v), scratch, number);
+          }
+          break;
+        case ValueClass::NotFinite:
+          // No star width here, so the flags stand as written.
+          formatWord(elementToDouble(v), op.flags, op.alwaysSigned, op.width, number);
+          break;
+        case ValueClass::ThroughE:
+        case ValueClass::Empty:  // an element is never an empty argument
           formatDouble(op.specE, elementToDouble(v), scratch, number);
-        }
-      } else {
-        if (fitsUnsigned64(v)) {
-          formatUnsigned(op.spec, elementToUInt64(v), scratch, number);
-        } else {
-          formatDouble(op.specE, elementToDouble(v), scratch, number);
-        }
+          break;
       }
       sink.putNumber(number);
       if (op.suffixLength != 0) {

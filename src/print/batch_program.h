@@ -5,8 +5,9 @@
 // source; for a format like "%.6f\n" over ten million doubles that cost would
 // outweigh the formatting. When a whole number of passes fits in what is
 // left of the current array, the runner hands those passes to this loop,
-// which reads the array's elements directly and makes the same decisions
-// (own conversion, Inf and NaN words, replacement %e) inline.
+// which reads the array's elements directly. It makes each value's
+// decision (own conversion, Inf and NaN words, replacement %e) through the
+// same classifyElement as the pieces.
 #pragma once
 
 #include <cstdint>

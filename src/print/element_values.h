@@ -161,6 +161,18 @@ inline bool fitsSigned64(T raw) {
   }
 }
 
+// The value of an element that fitsSigned64 accepted: a floating one is
+// whole and in range, so a plain cast gives what elementToInt64 would,
+// without its rounding.
+template <class T>
+inline int64_t fittedToInt64(T v) {
+  if constexpr (kIsFloating<T>) {
+    return static_cast<int64_t>(v);
+  } else {
+    return elementToInt64(v);
+  }
+}
+
 // %o, %u, %x and %X: a whole number from 0 below 2^64.
 template <class T>
 inline bool fitsUnsigned64(T raw) {

@@ -4,7 +4,9 @@
 #include <climits>
 #include <cmath>
 
+#include "element_values.h"
 #include "pieces.h"
+#include "print_decision.h"
 #include "twhost/errors.h"
 #include "twhost/stream_errors.h"
 
@@ -164,14 +166,37 @@ void foutFormatPiece::output(PrintSink& sink, printfArgumentSource& source) {
     formatIndex_ = kWithoutStarPrecision;
   }
   source.selectArgument(argNumber_);
-  int c = classify(source);
-  if (c == 3) {
-    print(sink, source);
-  } else if (c == 2) {
-    printWords(sink, source);
-  } else if (c >= 0) {
-    printThroughE(sink, source);
+  switch (classify(source)) {
+    case ValueClass::Own:
+      print(sink, source);
+      break;
+    case ValueClass::NotFinite:
+      printWords(sink, source);
+      break;
+    case ValueClass::ThroughE:
+      printThroughE(sink, source);
+      break;
+    case ValueClass::Empty:
+      // Passes the empty argument by; with no argument left at all, this
+      // ends the output as any conversion would.
+      source.requireValue(true);
+      break;
   }
+}
+
+ValueClass foutFormatPiece::classify(printfArgumentSource& source) const {
+  if (kind_ == PieceKind::Literal || kind_ == PieceKind::Bits) return ValueClass::Own;
+  if (source.isEmptyCurrent()) {
+    // An empty array still meets %s, which pads it to the width.
+    return kind_ == PieceKind::String && source.hasCurrent() ? ValueClass::Own : ValueClass::Empty;
+  }
+  // Nothing current (a matrix row walked to its end): the conversion's own
+  // print finds no value and ends the output.
+  if (!source.hasCurrent()) return ValueClass::Own;
+  return visitElementType(source.currentClass(), [&]<class E>() {
+    return classifyElement(kind_,
+                           static_cast<const E*>(source.currentElements())[source.currentIndex()]);
+  });
 }
 
 NumberSpec foutFormatPiece::specInForce(PrintSink& sink) {
@@ -210,25 +235,11 @@ void foutFormatPiece::printThroughE(PrintSink& sink, printfArgumentSource& sourc
 void foutFormatPiece::printWords(PrintSink& sink, printfArgumentSource& source) {
   double value = source.readDouble();
   // A negative star width asks for everything at once: left, plus and space.
-  bool negativeWidth = widthField_.negative;
-  bool left = (flags_ & kFlagLeft) || negativeWidth;
-  bool plus = (flags_ & kFlagPlus) || negativeWidth;
-  bool space = (flags_ & kFlagSpace) || negativeWidth;
-  const char* word;
-  if (std::isnan(value)) {
-    word = alwaysSigned_ ? "+NaN" : "NaN";
-  } else if (value < 0) {
-    word = "-Inf";
-  } else if (plus) {
-    word = "+Inf";
-  } else if (space) {
-    word = " Inf";
-  } else {
-    word = "Inf";
-  }
+  uint32_t flags = flags_;
+  if (widthField_.negative) flags |= kFlagLeft | kFlagPlus | kFlagSpace;
   if (widthField_.resolved > INT_MAX) kxThrowId("KORVAN", "numericOverflow");
   FormattedNumber number;
-  formatPadded(word, std::char_traits<char>::length(word), widthField_.resolved, left, number);
+  formatWord(value, flags, alwaysSigned_, widthField_.resolved, number);
   sink.putNumber(number);
 }
 

@@ -1,5 +1,4 @@
 // Literal text, %s and %c: pieces that write UTF-16 text.
-#include "element_values.h"
 #include "pieces.h"
 
 namespace Tarnwicks::FileIO {
@@ -9,17 +8,6 @@ foutFormatPieceForLiterals::foutFormatPieceForLiterals(std::u16string text)
 
 void foutFormatPieceForLiterals::print(PrintSink& sink, printfArgumentSource&) {
   sink.putText(text_.data(), text_.size());
-}
-
-int foutFormatPieceForS::classify(printfArgumentSource& source) {
-  // An empty array still meets %s, which pads it to the width.
-  if (source.isEmptyCurrent() && source.hasCurrent()) return 3;
-  int c = source.classifyValue(true);
-  if (c != 0) return c;
-  bool fits = visitElementType(source.currentClass(), [&]<class E>() {
-    return fitsInt32(static_cast<const E*>(source.currentElements())[source.currentIndex()]);
-  });
-  return fits ? 3 : 0;
 }
 
 void foutFormatPieceForS::print(PrintSink& sink, printfArgumentSource& source) {
@@ -33,15 +21,6 @@ void foutFormatPieceForS::print(PrintSink& sink, printfArgumentSource& source) {
   if (!left) padText(sink, n);
   sink.putText(text.data, static_cast<size_t>(n));
   if (left) padText(sink, n);
-}
-
-int foutFormatPieceForC::classify(printfArgumentSource& source) {
-  int c = source.classifyValue(true);
-  if (c != 0) return c;
-  bool code = visitElementType(source.currentClass(), [&]<class E>() {
-    return isCharacterCode(static_cast<const E*>(source.currentElements())[source.currentIndex()]);
-  });
-  return code ? 3 : 0;
 }
 
 void foutFormatPieceForC::print(PrintSink& sink, printfArgumentSource& source) {

@@ -71,8 +71,9 @@ class foutFormatPiece {
   virtual bool isConversion() const { return true; }
   virtual void print(PrintSink& sink, printfArgumentSource& source) = 0;
   virtual uint64_t sizeHint() const;
-  // 3 print, 2 print Inf or NaN as words, 0 or 1 print through %e.
-  virtual int classify(printfArgumentSource& source) = 0;
+  // What this piece prints for the value that stands next in `source`; see
+  // print_decision.h.
+  ValueClass classify(printfArgumentSource& source) const;
 
   void output(PrintSink& sink, printfArgumentSource& source);
 
@@ -132,7 +133,6 @@ class foutFormatPieceForLiterals final : public foutFormatPiece {
   bool isConversion() const override { return false; }
   void print(PrintSink& sink, printfArgumentSource& source) override;
   uint64_t sizeHint() const override { return text_.size(); }
-  int classify(printfArgumentSource&) override { return 3; }
   const std::u16string& text() const { return text_; }
 
  private:
@@ -144,7 +144,6 @@ class foutFormatPieceForDouble final : public foutFormatPiece {
   explicit foutFormatPieceForDouble(const PieceSetup& setup)
       : foutFormatPiece(PieceKind::Double, setup) {}
   void print(PrintSink& sink, printfArgumentSource& source) override;
-  int classify(printfArgumentSource& source) override;
 };
 
 template <class T>
@@ -152,7 +151,6 @@ class foutFormatPieceForInteger final : public foutFormatPiece {
  public:
   explicit foutFormatPieceForInteger(const PieceSetup& setup);
   void print(PrintSink& sink, printfArgumentSource& source) override;
-  int classify(printfArgumentSource& source) override;
 };
 
 class foutFormatPieceForS final : public foutFormatPiece {
@@ -160,14 +158,12 @@ class foutFormatPieceForS final : public foutFormatPiece {
   explicit foutFormatPieceForS(const PieceSetup& setup)
       : foutFormatPiece(PieceKind::String, setup) {}
   void print(PrintSink& sink, printfArgumentSource& source) override;
-  int classify(printfArgumentSource& source) override;
 };
 
 class foutFormatPieceForC final : public foutFormatPiece {
  public:
   explicit foutFormatPieceForC(const PieceSetup& setup) : foutFormatPiece(PieceKind::Char, setup) {}
   void print(PrintSink& sink, printfArgumentSource& source) override;
-  int classify(printfArgumentSource& source) override;
 };
 
 // The bit patterns of floating values: "b" reads a double (unsigned long
@@ -178,7 +174,6 @@ class foutFormatPieceForOUXbt : public foutFormatPiece {
   explicit foutFormatPieceForOUXbt(const PieceSetup& setup)
       : foutFormatPiece(PieceKind::Bits, setup) {}
   void print(PrintSink& sink, printfArgumentSource& source) final;
-  int classify(printfArgumentSource&) final { return 3; }
 
  protected:
   // All digits of `bits`, leading zeros included; returns their count.

@@ -51,4 +51,13 @@ enum class PieceKind : uint8_t {
   Bits              // o u x X with t or b
 };
 
+// What a conversion prints for the value that stands next.
+enum class ValueClass : uint8_t {
+  ThroughE,   // a number its conversion can't show (1.5 under %d): the
+              // replacement %e with the same flags, width and precision
+  Empty,      // the current argument is empty: it is passed by, nothing printed
+  NotFinite,  // Inf or NaN: the words
+  Own,        // the conversion itself
+};
+
 }  // namespace Tarnwicks::FileIO
