@@ -1,7 +1,8 @@
 // The element types of printable arrays, and the value tests and conversions
 // the print pieces apply to one element. Each is a template over the
-// element's C++ type, so that the batch loop of the runner and the general
-// readers of the argument sources share one definition.
+// element's C++ type, so that the batch loop of the runner, the pieces'
+// decision and the general readers of the argument sources test and convert
+// a value the same way.
 #pragma once
 
 #include <cmath>

@@ -44,26 +44,28 @@ bool readCharCode(const char16_t*& from, const char16_t* end, int base, char16_t
   return true;
 }
 
+// The character of a one-letter escape after the backslash; 0 when `c` is
+// none of them.
 char16_t simpleEscape(char16_t c) {
   switch (c) {
     case u'f':
-      return 12;
+      return u'\f';
     case u'r':
-      return 13;
+      return u'\r';
     case u'\\':
-      return 92;
+      return u'\\';
     case u'\'':
-      return 39;
+      return u'\'';
     case u'"':
-      return 34;
+      return u'"';
     case u'?':
-      return 63;
+      return u'?';
     case u'a':
-      return 7;
+      return u'\a';
     case u'b':
-      return 8;
+      return u'\b';
     case u'v':
-      return 11;
+      return u'\v';
     default:
       return 0;
   }

@@ -18,8 +18,8 @@ class PrintFormatRunner {
   PrintFormatRunner(const ustring& format, PrintSink& sink, kxArray* const* args, uint64_t count);
 
   // True on a clean end. False when a fault ended the output, with its code
-  // in errorCode; what was printed before it stays. -13 is the ordinary end
-  // of a format reused until its values ran out mid-pass.
+  // in errorCode; what was printed before it stays. NotEnoughArgs is the
+  // ordinary end of a format reused until its values ran out mid-pass.
   bool run();
   // Keeps every value on the pieces' own path; for comparing the two.
   void disableBatch() { batch_.reset(); }

@@ -1,9 +1,9 @@
 // The bodies of fprintf and sprintf (and builtins::util::fiSprintf).
 //
 // Neither raises for what goes wrong while printing: a bad format, a bad star
-// value or values that run out leave their code in the file's error slot
-// (fprintf) or as the second output (sprintf), after whatever was printed
-// before the fault. Only wrong argument classes raise, before any output.
+// value or values that run out leave their code as the file's last error,
+// for ferror (fprintf), or as the second output (sprintf), after whatever was
+// printed before the fault. Only wrong argument classes raise, before any output.
 #include "bodies.h"
 #include "escapes.h"
 #include "fileio/error_text.h"

@@ -1,5 +1,6 @@
-// fprintf, sprintf and sprintfc through their slots: outputs, their shapes,
-// error texts, file errors and the argument errors that do raise.
+// fprintf, sprintf and sprintfc as a host calls them, through the table of
+// built-ins: outputs, their shapes, error texts, file errors and the
+// argument errors that do raise.
 #include <gtest/gtest.h>
 
 #include <cmath>

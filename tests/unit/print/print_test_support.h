@@ -1,5 +1,5 @@
 // Helpers of the print tests: arrays of any class, a run of a format into a
-// string stream, calls of the built-ins through their slots, caught warnings,
+// string stream, calls of the built-ins through their table, caught warnings,
 // and the C library's printf as the oracle.
 #pragma once
 
