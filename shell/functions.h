@@ -44,5 +44,7 @@ void checkOutCount(const char* fn, int nlhs, int max);
 std::vector<size_t> sizeArguments(const char* fn, int nrhs, kxArray** prhs, kxClassID* cls);
 // The class named by a text such as "uint16"; kxUNKNOWN_CLASS if none.
 kxClassID classFromName(const std::string& name);
+// Text on the console's output stream, as disp and help print it.
+void writeOut(const std::string& text);
 
 }  // namespace tw

@@ -83,10 +83,6 @@ void identifierAndMessage(Interpreter& interp, const char* fn, int nrhs, kxArray
                   kxArrayToUTF8StdString(msg));
 }
 
-void writeOut(const std::string& text) {
-  services::io::writeConsoleBytes(services::io::KVStream::KVOut, text.data(), text.size());
-}
-
 std::string currentFolder() {
   std::error_code ec;
   fs::path p = fs::current_path(ec);

@@ -6,7 +6,6 @@
 #include "help_texts.h"
 #include "interpreter.h"
 #include "shell_errors.h"
-#include "twhost/console.h"
 #include "value.h"
 
 namespace tw {
@@ -20,10 +19,6 @@ constexpr size_t kNameColumn = 22;
 constexpr int kMostProbeInputs = 4;
 
 const char* const kNotBuiltYet = "KORVAN:FileIO:NotBuiltYet";
-
-void writeOut(const std::string& text) {
-  services::io::writeConsoleBytes(services::io::KVStream::KVOut, text.data(), text.size());
-}
 
 bool isCountError(const std::string& id) {
   return id == "KORVAN:minrhs" || id == "KORVAN:maxrhs" || id == "KORVAN:legacy:2";
