@@ -11,6 +11,7 @@ import re
 import select
 import sys
 import tempfile
+import termios
 import time
 
 TIMEOUT_SECONDS = 30
@@ -35,6 +36,18 @@ class Terminal:
 
     def send(self, data):
         os.write(self.fd, data)
+
+    def type(self, data):
+        """Keys for the line editor. They wait until it has the terminal in
+        its own mode: keys that come before are read, echoed and perhaps
+        lost by the terminal's line discipline. (Termios calls on the master
+        side of a pseudo-terminal act on its slave side, tw's terminal.)"""
+        deadline = time.time() + TIMEOUT_SECONDS
+        while termios.tcgetattr(self.fd)[3] & termios.ICANON:
+            if time.time() > deadline:
+                raise AssertionError(f"the line editor never took the terminal:\n{self.seen}")
+            time.sleep(0.01)
+        self.send(data)
 
     def expect(self, pattern):
         """Waits for `pattern` after the last match; returns the text before it."""
@@ -61,13 +74,13 @@ class Terminal:
 
     def run(self, line):
         """Types a line and returns what tw wrote before the next prompt."""
-        self.send(line.encode() + b"\r")
+        self.type(line.encode() + b"\r")
         self.expect(re.escape(line) + "\n")
         return self.expect(re.escape(PROMPT))
 
     def finish(self):
         """Ctrl-D at the prompt; the exit status."""
-        self.send(CTRL_D)
+        self.type(CTRL_D)
         deadline = time.time() + TIMEOUT_SECONDS
         while time.time() < deadline:
             pid, status = os.waitpid(self.pid, os.WNOHANG)
@@ -77,10 +90,10 @@ class Terminal:
             try:
                 ready, _, _ = select.select([self.fd], [], [], 0.1)
                 if ready:
-                    os.read(self.fd, 4096)
+                    self.seen += os.read(self.fd, 4096).decode("utf-8", "replace")
             except OSError:
                 pass
-        raise AssertionError("tw did not leave on Ctrl-D")
+        raise AssertionError(f"tw did not leave on Ctrl-D; it wrote:\n{self.seen}")
 
 
 def wait_until_written(path):
@@ -103,7 +116,7 @@ def interrupted_loop_keeps_the_workspace(tw, folder):
     t.run("x = 7;")
     t.run("fid = fopen('loop.txt', 'w');")
     # A loop that spends its time inside a built-in, stopped by Ctrl-C.
-    t.send(b"n = 0; while true, fprintf(fid, '%d\\n', n); n = n + 1; end\r")
+    t.type(b"n = 0; while true, fprintf(fid, '%d\\n', n); n = n + 1; end\r")
     wait_until_written(os.path.join(folder, "loop.txt"))
     t.send(CTRL_C)
     report = t.expect(re.escape(PROMPT))
@@ -122,7 +135,7 @@ def interrupted_loop_keeps_the_workspace(tw, folder):
           "loop.txt holds a broken line", text[-200:])
     check(n > 0 and len(lines) - 1 in (n, n + 1), f"n is {n} for {len(lines) - 1} lines", after)
     # Ctrl-C at the prompt drops what was typed; the next line runs alone.
-    t.send(b"half typed(")
+    t.type(b"half typed(")
     t.expect("half typed\\(")
     t.send(CTRL_C)
     t.expect(re.escape(PROMPT))
@@ -137,10 +150,11 @@ def history_survives_a_restart(tw, folder):
     check(os.path.exists(history), "no history file in the home folder", "")
     t = Terminal(tw, folder)
     t.expect(re.escape(PROMPT))
-    t.send(UP + b"\r")
+    t.type(UP + b"\r")
     # The recalled line is echoed after the prompt, and its value shown on a
     # line of its own.
     t.expect("\ny = 3\n")
+    t.expect(re.escape(PROMPT))
     status = t.finish()
     check(status == 0, f"tw ended with status {status}", t.seen)
 
