@@ -180,31 +180,19 @@ Result peerDouble(FILE* f, int width) {
 
 // ---- the readers ----------------------------------------------------------------
 
+using IntegerReader = uint64_t (*)(stream&, int, int&, bool&);
+// By Reader, up to kDouble.
+const IntegerReader kIntegerReaders[] = {readSigned, readUnsigned, readHex, readOctal, readAnyBase};
+
 Result readOne(stream& s, Reader reader, int width) {
   Result r;
-  switch (reader) {
-    case kSigned:
-      r.value = readSigned(s, width, r.code, r.negative);
-      break;
-    case kUnsigned:
-      r.value = readUnsigned(s, width, r.code, r.negative);
-      break;
-    case kHex:
-      r.value = readHex(s, width, r.code, r.negative);
-      break;
-    case kOctal:
-      r.value = readOctal(s, width, r.code, r.negative);
-      break;
-    case kAnyBase:
-      r.value = readAnyBase(s, width, r.code, r.negative);
-      break;
-    default: {
-      r.code = kReadSuccess;
-      double v = readDouble(s, width, r.code);
-      std::memcpy(&r.value, &v, sizeof v);
-      break;
-    }
+  if (reader != kDouble) {
+    r.value = kIntegerReaders[reader](s, width, r.code, r.negative);
+    return r;
   }
+  r.code = kReadSuccess;
+  double v = readDouble(s, width, r.code);
+  std::memcpy(&r.value, &v, sizeof v);
   return r;
 }
 

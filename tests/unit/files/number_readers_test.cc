@@ -29,7 +29,10 @@ class NumberTest : public files_test::StreamOnFile {
   }
 };
 
-enum Reader { kSigned, kUnsigned, kHex, kOctal, kAny };
+enum Reader { kSigned, kUnsigned, kHex, kOctal, kAny, kReaderCount };
+using IntegerReader = uint64_t (*)(stream&, int, int&, bool&);
+// By Reader.
+const IntegerReader kIntegerReaders[] = {readSigned, readUnsigned, readHex, readOctal, readAnyBase};
 
 struct IntCase {
   Reader reader;
@@ -48,24 +51,7 @@ TEST_P(Integers, ReadOne) {
   stream& st = open(c.text);
   int error = 0;
   bool negative = false;
-  uint64_t v = 0;
-  switch (c.reader) {
-    case kSigned:
-      v = readSigned(st, c.width, error, negative);
-      break;
-    case kUnsigned:
-      v = readUnsigned(st, c.width, error, negative);
-      break;
-    case kHex:
-      v = readHex(st, c.width, error, negative);
-      break;
-    case kOctal:
-      v = readOctal(st, c.width, error, negative);
-      break;
-    case kAny:
-      v = readAnyBase(st, c.width, error, negative);
-      break;
-  }
+  uint64_t v = kIntegerReaders[c.reader](st, c.width, error, negative);
   EXPECT_EQ(v, c.value) << c.text;
   EXPECT_EQ(negative, c.negative) << c.text;
   if (c.error == 1) {
@@ -285,23 +271,11 @@ TEST(ScannerRules, WhereTheCBufferEndsChangesNothing) {
       int error = 0;
       bool negative = false;
       int status = kReadSuccess;
-      switch (reader) {
-        case 0:
-          r.values += std::to_string(readSigned(s, width, error, negative));
-          break;
-        case 1:
-          r.values += std::to_string(readHex(s, width, error, negative));
-          break;
-        case 2:
-          r.values += std::to_string(readAnyBase(s, width, error, negative));
-          break;
-        case 3:
-          r.values += std::to_string(readOctal(s, width, error, negative));
-          break;
-        default:
-          r.values += std::to_string(readDouble(s, width, status));
-          error = status == kReadSuccess ? 0 : status;
-          break;
+      if (reader < kReaderCount) {
+        r.values += std::to_string(kIntegerReaders[reader](s, width, error, negative));
+      } else {
+        r.values += std::to_string(readDouble(s, width, status));
+        error = status == kReadSuccess ? 0 : status;
       }
       r.values += " " + std::to_string(error) + (negative ? "-" : "+") + ";";
     }
@@ -310,7 +284,7 @@ TEST(ScannerRules, WhereTheCBufferEndsChangesNothing) {
     return r;
   };
   for (const char* text : texts) {
-    for (int reader = 0; reader < 5; ++reader) {
+    for (int reader = 0; reader <= kReaderCount; ++reader) {  // the last: doubles
       for (int width : {-1, 2, 5, 30}) {
         Read whole = readAll(text, reader, width, 0);
         for (size_t bytes : {1, 2, 3}) {
