@@ -18,6 +18,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdio>
 
 namespace Tarnwicks::FileIO {
 
@@ -75,7 +76,8 @@ class ByteSource {
     return c;
   }
 
-  static constexpr int kEnd = -1;
+  // What peek() and get() give at the end of input, as the C library's getc.
+  static constexpr int kEnd = EOF;
 
   const unsigned char* next = nullptr;
   const unsigned char* end = nullptr;

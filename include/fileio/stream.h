@@ -123,8 +123,7 @@ class stream {
 
   // errorCode, or `fallback` when the medium left none: a transfer that came
   // short always reports a cause.
-  int errorOr(StreamError fallback) const { return errorOr(code(fallback)); }
-  int errorOr(int fallback) const { return errorCode != 0 ? errorCode : fallback; }
+  int errorOr(StreamError fallback) const { return errorCode != 0 ? errorCode : code(fallback); }
   // Sets errorCode to `e`.
   void setError(StreamError e) { errorCode = code(e); }
 
