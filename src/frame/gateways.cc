@@ -8,6 +8,7 @@
 #include "gateways.h"
 #include "not_built_yet.h"
 #include "print/bodies.h"
+#include "textscan/bodies.h"
 #include "transfer/bodies.h"
 #include "twhost/errors.h"
 
@@ -64,8 +65,8 @@ const BuiltinEntry kBuiltinEntries[16] = {
     gateway<kSlotFtell, ftellBody>,
     gateway<kSlotFerror, ferrorBody>,
     gateway<kSlotFeof, feofBody>,
-    gateway<kSlotTextscan, notBuiltYet<kSlotTextscan>>,
-    gateway<kSlotTextscanOptionsQuery, notBuiltYet<kSlotTextscanOptionsQuery>>,
+    gateway<kSlotTextscan, textscan::textscanBody>,
+    gateway<kSlotTextscanOptionsQuery, textscan::textscanOptionsQueryBody>,
 };
 
 }  // namespace Tarnwicks::FileIO

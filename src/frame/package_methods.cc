@@ -1,9 +1,11 @@
 #include "package_methods.h"
 
+#include "textscan/bodies.h"
+
 namespace Tarnwicks::FileIO {
 
-// No area adds a package method yet; the format parser of the delimited
-// text reader will register itself here.
-void registerPackageMethods() {}
+void registerPackageMethods() {
+  textscan::registerFormatParser();
+}
 
 }  // namespace Tarnwicks::FileIO
