@@ -1,4 +1,6 @@
 // Backslash escapes in option values, and their rendering back.
+#include <utility>
+
 #include "arguments.h"
 #include "textscan/options.h"
 
@@ -6,40 +8,25 @@ namespace textscan {
 
 namespace {
 
+// Each escape letter with the character it stands for.
+constexpr std::pair<char16_t, char16_t> kEscapes[] = {
+    {u'\\', u'\\'}, {u'b', u'\b'}, {u'n', u'\n'}, {u'r', u'\r'}, {u't', u'\t'},
+};
+
 // The character an escape letter stands for, or 0 when it stands for none.
 char16_t escapedCharacter(char16_t letter) {
-  switch (letter) {
-    case u'\\':
-      return u'\\';
-    case u'b':
-      return u'\b';
-    case u'n':
-      return u'\n';
-    case u'r':
-      return u'\r';
-    case u't':
-      return u'\t';
-    default:
-      return 0;
+  for (const auto& [l, c] : kEscapes) {
+    if (l == letter) return c;
   }
+  return 0;
 }
 
 // The escape letter that shows a character, or 0 when it is shown as is.
-char16_t escapeLetter(char16_t c) {
-  switch (c) {
-    case u'\n':
-      return u'n';
-    case u'\r':
-      return u'r';
-    case u'\\':
-      return u'\\';
-    case u'\b':
-      return u'b';
-    case u'\t':
-      return u't';
-    default:
-      return 0;
+char16_t escapeLetter(char16_t character) {
+  for (const auto& [l, c] : kEscapes) {
+    if (c == character) return l;
   }
+  return 0;
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "format_parser.h"
 
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "arguments.h"
@@ -21,6 +22,19 @@ bool isSeparator(char16_t c) {
 template <class... A>
 ustring detailText(const char* key, A&&... args) {
   return fl::i18n::to_ustring(kxMessageText(kxMsg(kCatalog, key, std::forward<A>(args)...)));
+}
+
+// The letters that stand alone, with no suffix or text of their own.
+constexpr std::pair<char16_t, SpecifierType> kPlainLetters[] = {
+    {u'n', NumberField},           {u's', StringField},      {u'q', QuotedField},
+    {u't', ApostropheQuotedField}, {u'C', CategoricalField}, {u'D', DatetimeField},
+};
+
+SpecifierType plainLetterType(char16_t letter) {
+  for (const auto& [l, type] : kPlainLetters) {
+    if (l == letter) return type;
+  }
+  return NoField;
 }
 
 class ConversionParser {
@@ -64,35 +78,20 @@ class ConversionParser {
           item_.type = DoubleField;
         }
         break;
-      case u'n':
-        item_.type = NumberField;
-        break;
       case u'c':
         item_.type = CharacterField;
         if (item_.width == kNoWidth) item_.width = 1;
-        break;
-      case u's':
-        item_.type = StringField;
-        break;
-      case u'q':
-        item_.type = QuotedField;
-        break;
-      case u't':
-        item_.type = ApostropheQuotedField;
-        break;
-      case u'C':
-        item_.type = CategoricalField;
-        break;
-      case u'D':
-        item_.type = DatetimeField;
         break;
       case u'[':
         return parseSet();
       case u'{':
         return parseDatePattern();
       default:
-        c_.errorMessage = detailText("UnsupportedSpecifier", ustring(1, letter));
-        return fail();
+        item_.type = plainLetterType(letter);
+        if (item_.type == NoField) {
+          c_.errorMessage = detailText("UnsupportedSpecifier", ustring(1, letter));
+          return fail();
+        }
     }
     return item_;
   }
