@@ -32,9 +32,8 @@ const char kAlphabet[] = "0123456789+-.eEdDiIjnNaAfFx ,";
 
 bool samePart(const NumberPart& a, const NumberPart& b) {
   return a.begin == b.begin && a.end == b.end && a.negative == b.negative && a.word == b.word &&
-         a.integerBegin == b.integerBegin && a.integerEnd == b.integerEnd &&
-         a.fractionBegin == b.fractionBegin && a.fractionEnd == b.fractionEnd &&
-         a.exponentBegin == b.exponentBegin && a.exponentEnd == b.exponentEnd;
+         a.hasSign == b.hasSign && a.hasPoint == b.hasPoint && a.integerEnd == b.integerEnd &&
+         a.fractionEnd == b.fractionEnd;
 }
 
 bool sameResult(const LexedNumber& a, const LexedNumber& b) {
@@ -43,18 +42,18 @@ bool sameResult(const LexedNumber& a, const LexedNumber& b) {
 }
 
 void checkPart(const NumberPart& p, const std::string& text, const NumberSyntax& syntax) {
-  if (!(p.begin <= p.integerBegin && p.integerBegin <= p.integerEnd &&
-        p.integerEnd <= p.fractionBegin && p.fractionBegin <= p.fractionEnd &&
-        p.fractionEnd <= p.exponentBegin && p.exponentBegin <= p.exponentEnd &&
-        p.exponentEnd == p.end && p.end <= text.size())) {
+  if (!(p.begin <= p.integerBegin() && p.integerBegin() <= p.integerEnd &&
+        p.integerEnd <= p.fractionBegin() && p.fractionBegin() <= p.fractionEnd &&
+        p.fractionEnd <= p.exponentBegin() && p.exponentBegin() <= p.exponentEnd() &&
+        p.exponentEnd() == p.end && p.end <= text.size())) {
     fault("parts out of order", text);
   }
-  if (syntax.hasPrecision() && p.fractionEnd - p.fractionBegin > syntax.precision()) {
+  if (syntax.hasPrecision() && p.fractionEnd - p.fractionBegin() > syntax.precision()) {
     fault("more digits than the precision", text);
   }
   if (p.word != NumberWord::None) return;
   std::string part = text.substr(p.begin, p.end - p.begin);
-  if (p.exponentEnd > p.exponentBegin) part[p.exponentBegin - p.begin] = 'e';
+  if (p.exponentEnd() > p.exponentBegin()) part[p.exponentBegin() - p.begin] = 'e';
   char* stop = nullptr;
   std::strtod(part.c_str(), &stop);
   if (static_cast<size_t>(stop - part.c_str()) != part.size()) {

@@ -32,8 +32,10 @@
 // the next field.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -92,18 +94,23 @@ class NumberSyntax {
 enum class NumberWord : uint8_t { None, Inf, NaN };
 
 // One real number inside a field. Offsets count units from the field's
-// start; an empty range has begin == end.
+// start; an empty range has begin == end. Its pieces follow one another:
+// sign, integer digits, point, fraction digits, exponent (letter, sign,
+// digits); a word stands alone after the sign.
 struct NumberPart {
-  size_t begin = 0;  // the sign, or the first unit when there is none
-  size_t end = 0;    // one past the last unit
+  size_t begin = 0;        // the sign, or the first unit when there is none
+  size_t integerEnd = 0;   // end of the digits before the point
+  size_t fractionEnd = 0;  // end of the digits after the point
+  size_t end = 0;          // one past the last unit
   bool negative = false;
-  NumberWord word = NumberWord::None;  // Inf or NaN: no digits follow
-  size_t integerBegin = 0;             // digits before the point
-  size_t integerEnd = 0;
-  size_t fractionBegin = 0;  // digits after the point; empty when none
-  size_t fractionEnd = 0;
-  size_t exponentBegin = 0;  // the letter, its sign and digits; empty when none
-  size_t exponentEnd = 0;
+  bool hasSign = false;
+  bool hasPoint = false;
+  NumberWord word = NumberWord::None;  // Inf or NaN: no digits, no exponent
+
+  size_t integerBegin() const noexcept { return begin + hasSign; }
+  size_t fractionBegin() const noexcept { return integerEnd + hasPoint; }
+  size_t exponentBegin() const noexcept { return word == NumberWord::None ? fractionEnd : end; }
+  size_t exponentEnd() const noexcept { return end; }
 };
 
 enum class NumberForm : uint8_t {
@@ -127,24 +134,8 @@ struct LexedNumber {
 
 namespace lexer_detail {
 
-// Reads units as char16_t: bytes above 127 stay above 127 and match
-// nothing but the test for their own value.
-template <class CharT>
-struct Units {
-  static_assert(sizeof(CharT) == 1 || sizeof(CharT) == 2, "bytes or UTF-16 units");
-  const CharT* text;
-  size_t size;
-  bool reachedEnd = false;
-
-  char16_t at(size_t i) noexcept {
-    if (i < size) return static_cast<char16_t>(static_cast<std::make_unsigned_t<CharT>>(text[i]));
-    reachedEnd = true;
-    return kEndOfText;
-  }
-};
-
 constexpr bool isDigit(char16_t c) noexcept {
-  return c >= u'0' && c <= u'9';
+  return static_cast<char16_t>(c - u'0') < 10;
 }
 constexpr bool isSign(char16_t c) noexcept {
   return c == u'+' || c == u'-';
@@ -152,6 +143,54 @@ constexpr bool isSign(char16_t c) noexcept {
 constexpr bool isImaginaryUnit(char16_t c) noexcept {
   return c == u'i' || c == u'j';
 }
+
+// The text as char16_t units (bytes above 127 stay above 127 and match
+// nothing), with a record of whether any look went past its end.
+template <class CharT>
+struct Units {
+  static_assert(sizeof(CharT) == 1 || sizeof(CharT) == 2, "bytes or UTF-16 units");
+  const CharT* text;
+  size_t size;
+  bool reachedEnd = false;
+
+  static char16_t unit(CharT c) noexcept {
+    return static_cast<char16_t>(static_cast<std::make_unsigned_t<CharT>>(c));
+  }
+  char16_t at(size_t i) noexcept {
+    if (i < size) return unit(text[i]);
+    reachedEnd = true;
+    return kEndOfText;
+  }
+  // The end of the run of digits from `i`, looking no further than `bound`.
+  // The inner loop of every number: eight bytes (four units) at a time
+  // while the run lasts, then one unit at a time.
+  size_t skipDigits(size_t i, size_t bound) noexcept {
+    size_t stop = bound < size ? bound : size;
+    if constexpr (std::endian::native == std::endian::little) {
+      constexpr size_t kPerWord = sizeof(uint64_t) / sizeof(CharT);
+      while (stop - i >= kPerWord) {
+        uint64_t word;
+        std::memcpy(&word, text + i, sizeof word);
+        uint64_t others = nonDigitUnits(word);
+        if (others != 0) return i + std::countr_zero(others) / (8 * sizeof(CharT));
+        i += kPerWord;
+      }
+    }
+    while (i < stop && isDigit(unit(text[i]))) ++i;
+    if (i == size && size < bound) reachedEnd = true;  // the run may go on
+    return i;
+  }
+
+  // Each unit of a little-endian word that is no ASCII digit, as non-zero
+  // bits in its place: the high part must be that of "0", and the low
+  // nibble plus 6 must not carry into the next nibble.
+  static uint64_t nonDigitUnits(uint64_t word) noexcept {
+    constexpr uint64_t kOnes = sizeof(CharT) == 1 ? 0x0101010101010101ull : 0x0001000100010001ull;
+    constexpr uint64_t kHigh = (sizeof(CharT) == 1 ? 0xF0 : 0xFFF0) * kOnes;
+    constexpr uint64_t kLow = 0x0F * kOnes;
+    return ((word & kHigh) ^ (u'0' * kOnes)) | (((word & kLow) + 6 * kOnes) & (0xF0 * kOnes));
+  }
+};
 
 template <class CharT>
 bool isExponentLetter(const NumberSyntax& syntax, char16_t c) noexcept {
@@ -172,7 +211,7 @@ bool matchesWord(Units<CharT>& u, size_t at, const char16_t* word) noexcept {
 }
 
 inline size_t limitFrom(size_t start, size_t width) noexcept {
-  return width == NumberSyntax::kUnlimited || width > SIZE_MAX - start ? SIZE_MAX : start + width;
+  return width > SIZE_MAX - start ? SIZE_MAX : start + width;
 }
 
 // Lexes one part at `start`, within [start, limit). Fills `part` and
@@ -183,26 +222,27 @@ bool lexPart(Units<CharT>& u, size_t start, size_t limit, const NumberSyntax& sy
   part = NumberPart{};
   part.begin = start;
   size_t i = start;
-  char16_t c = i < limit ? u.at(i) : kEndOfText;
-  if (allowSign && isSign(c)) {
-    part.negative = c == u'-';
-    c = ++i < limit ? u.at(i) : kEndOfText;
+  if (allowSign && i < limit) {
+    char16_t c = u.at(i);
+    if (isSign(c)) {
+      part.hasSign = true;
+      part.negative = c == u'-';
+      ++i;
+    }
   }
   const size_t afterSign = i;
-  part.integerBegin = i;
-  while (isDigit(c)) c = ++i < limit ? u.at(i) : kEndOfText;
+  i = u.skipDigits(i, limit);
   part.integerEnd = i;
-  part.fractionBegin = part.fractionEnd = i;
-  if (c == u'.') {
-    c = ++i < limit ? u.at(i) : kEndOfText;
-    part.fractionBegin = i;
+  if (i < limit && u.at(i) == u'.') {
+    part.hasPoint = true;
+    ++i;
     size_t keep = limitFrom(i, syntax.precision());
-    while (i < keep && isDigit(c)) c = ++i < limit ? u.at(i) : kEndOfText;
-    part.fractionEnd = i;
+    i = u.skipDigits(i, keep < limit ? keep : limit);
   }
+  part.fractionEnd = i;
   size_t end = i;
 
-  if (part.integerEnd == part.integerBegin && part.fractionEnd == part.fractionBegin) {
+  if (part.integerEnd == afterSign && part.fractionEnd == part.fractionBegin()) {
     // No digit: the only numbers left are the two words, which must fit.
     static constexpr char16_t kNaN[] = u"nan";
     static constexpr char16_t kInf[] = u"inf";
@@ -214,28 +254,26 @@ bool lexPart(Units<CharT>& u, size_t start, size_t limit, const NumberSyntax& sy
     } else {
       return false;
     }
-    part.integerBegin = part.integerEnd = part.fractionBegin = part.fractionEnd = afterSign;
-    part.end = part.exponentBegin = part.exponentEnd = afterSign + 3;
+    part.hasPoint = false;
+    part.integerEnd = part.fractionEnd = afterSign;
+    part.end = afterSign + 3;
     return true;
   }
 
-  part.exponentBegin = part.exponentEnd = end;
   if (end < limit && isExponentLetter<CharT>(syntax, u.at(end))) {
     size_t k = end + 1;
     if (isSign(u.at(k))) ++k;
-    size_t digitsBegin = k;
     // Past the limit only the fact that the exponent overruns it matters.
-    while (k <= limit && isDigit(u.at(k))) ++k;
-    if (k > digitsBegin) {
-      if (k <= limit) {
-        end = k;
+    size_t digitsEnd = u.skipDigits(k, limitFrom(limit, 1));
+    if (digitsEnd > k) {
+      if (digitsEnd <= limit) {
+        end = digitsEnd;
       } else {
         // A cut may not leave a bare letter, or a letter and its sign.
         size_t room = limit - end;
         bool dropped = room == 1 || (room == 2 && isSign(u.at(limit - 1)));
         if (!dropped) end = limit;
       }
-      part.exponentEnd = end;
     }
   }
   part.end = end;
@@ -267,7 +305,8 @@ LexedNumber lexNumber(const CharT* first, const CharT* last, const NumberSyntax&
              lexPart(u, end + 1, limitFrom(end, syntax.width()), syntax, false, result.imaginary) &&
              isImaginaryUnit(u.at(result.imaginary.end))) {
     result.form = NumberForm::Complex;
-    result.imaginary.begin = end;
+    result.imaginary.begin = end;  // its sign is the one that joins the parts
+    result.imaginary.hasSign = true;
     result.imaginary.negative = next == u'-';
     result.unitAt = result.imaginary.end;
     result.length = result.unitAt + 1;

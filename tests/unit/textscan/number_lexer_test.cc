@@ -111,12 +111,12 @@ TEST(NumberLexer, PartsLocateSignDigitsAndExponent) {
   ASSERT_EQ(n.form, NumberForm::Real);
   EXPECT_TRUE(n.real.negative);
   EXPECT_EQ(n.real.begin, 0u);
-  EXPECT_EQ(n.real.integerBegin, 1u);
+  EXPECT_EQ(n.real.integerBegin(), 1u);
   EXPECT_EQ(n.real.integerEnd, 3u);
-  EXPECT_EQ(n.real.fractionBegin, 4u);
+  EXPECT_EQ(n.real.fractionBegin(), 4u);
   EXPECT_EQ(n.real.fractionEnd, 6u);
-  EXPECT_EQ(n.real.exponentBegin, 6u);
-  EXPECT_EQ(n.real.exponentEnd, 9u);
+  EXPECT_EQ(n.real.exponentBegin(), 6u);
+  EXPECT_EQ(n.real.exponentEnd(), 9u);
   EXPECT_EQ(n.real.end, 9u);
   EXPECT_EQ(n.real.word, NumberWord::None);
 }
@@ -130,9 +130,9 @@ TEST(NumberLexer, ComplexPartsSplitAtTheJoiningSign) {
   EXPECT_FALSE(n.real.negative);
   EXPECT_EQ(n.imaginary.begin, 1u);
   EXPECT_TRUE(n.imaginary.negative);
-  EXPECT_EQ(n.imaginary.integerBegin, 2u);
-  EXPECT_EQ(n.imaginary.fractionBegin, 4u);
-  EXPECT_EQ(n.imaginary.exponentBegin, 5u);
+  EXPECT_EQ(n.imaginary.integerBegin(), 2u);
+  EXPECT_EQ(n.imaginary.fractionBegin(), 4u);
+  EXPECT_EQ(n.imaginary.exponentBegin(), 5u);
   EXPECT_EQ(n.imaginary.end, 7u);
   EXPECT_EQ(n.unitAt, 7u);
   EXPECT_EQ(n.length, 8u);
