@@ -20,10 +20,10 @@ enum SpecifierType : int32_t {
   Int32Field = 4,  // %d, %d32
   Int64Field = 5,  // %d64
   UInt32Alias = 6,
-  UInt8Field = 7,   // %u8
-  UInt16Field = 8,  // %u16
-  UInt32Field = 9,  // %u, %u32
-  UInt64Field = 10,
+  UInt8Field = 7,    // %u8
+  UInt16Field = 8,   // %u16
+  UInt32Field = 9,   // %u, %u32
+  UInt64Field = 10,  // %u64
   DoubleAlias = 11,
   SingleField = 12,            // %f32
   DoubleField = 13,            // %f, %f64
