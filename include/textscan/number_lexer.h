@@ -62,6 +62,7 @@ class NumberSyntax {
       : width_(width < 0 ? kUnlimited : static_cast<size_t>(width)),
         precision_(precision < 0 ? kUnlimited : static_cast<size_t>(precision)) {
     for (char16_t c : expChars) {
+      if (c == kEndOfText) continue;  // it ends the text, and can open nothing
       if (c < kAsciiLimit) {
         ascii_[c >> 6] |= uint64_t{1} << (c & 63);
       } else {
@@ -168,7 +169,7 @@ struct Units {
     size_t stop = bound < size ? bound : size;
     if constexpr (std::endian::native == std::endian::little) {
       constexpr size_t kPerWord = sizeof(uint64_t) / sizeof(CharT);
-      while (stop - i >= kPerWord) {
+      while (i + kPerWord <= stop) {
         uint64_t word;
         std::memcpy(&word, text + i, sizeof word);
         uint64_t others = nonDigitUnits(word);

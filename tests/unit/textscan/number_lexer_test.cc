@@ -194,6 +194,17 @@ TEST(NumberLexer, ByteFormSeesOnlyAsciiExponentLetters) {
   EXPECT_EQ(lexNumber(std::string_view(latin1), syntax).length, 1u);
 }
 
+// The end-of-text unit ends a number even when "ExpChars" names it.
+TEST(NumberLexer, EndOfTextIsNeverAnExponentLetter) {
+  NumberSyntax syntax(u"e\uFFFF");
+  std::u16string text = u"1\uFFFF5";
+  EXPECT_EQ(lexNumber(std::u16string_view(text), syntax).length, 1u);
+  std::u16string_view one(u"1");
+  LexedNumber n = lexNumber(one, syntax);
+  EXPECT_EQ(n.length, 1u);
+  EXPECT_TRUE(n.reachedEnd);
+}
+
 TEST(NumberLexer, LooksLikeNumberAtTheOpeningUnits) {
   struct {
     const char16_t* text;
