@@ -30,9 +30,22 @@ bool isCountError(const std::string& id) {
 // fieldless structs, which every built-in refuses at its first argument,
 // until the count passes; then the placeholder raises NotBuiltYet and a real
 // body some other error.
+//
+// The text readers check their text and format before anything else, so a
+// struct stops them at that check even when their read is missing; they are
+// probed with a text and an empty format, which reads and writes nothing.
 bool notBuiltYet(Interpreter& interp, const std::string& name) {
   const Callable* fn = interp.findFunction(name);
   if (!fn || fn->kind != Callable::Kind::Builtin) return false;
+  static const char* const kTextReaders[] = {"sscanf", "textscan", "textscanOptionsQuery"};
+  if (std::find(std::begin(kTextReaders), std::end(kTextReaders), name) != std::end(kTextReaders)) {
+    try {
+      interp.call(*fn, 0, {Value::adopt(kxCreateString("x")), Value::adopt(kxCreateString(""))});
+      return false;
+    } catch (const fl::except::IUserException& e) {
+      return e.get_error_id() == kNotBuiltYet;
+    }
+  }
   std::vector<Value> args;
   for (int n = 1; n <= kMostProbeInputs; ++n) {
     args.push_back(Value::adopt(kxCreateStructMatrix(1, 1, 0, nullptr)));
