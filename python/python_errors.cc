@@ -26,6 +26,8 @@ void registerMessages() {
       {"KORVAN:python:CharNeedsTwoUnits",
        "The character U+{0} needs two UTF-16 units and does not fit one element of a char "
        "array; pass the text as a str."},
+      {"KORVAN:python:NestingTooDeep",
+       "Lists, dicts and object arrays are nested more than {0} deep (or hold themselves)."},
       {"KORVAN:python:NestedCall",
        "A built-in was called while another one was running (from a warning handler, "
        "say); call it after the first one returns."},

@@ -18,6 +18,8 @@ namespace {
 
 // The first code point that needs two UTF-16 units; a char element holds one.
 constexpr uint32_t kFirstSupplementary = 0x10000;
+// Lists, dicts and object arrays inside one another, at most.
+constexpr int kMaxNesting = 1000;
 
 struct ArrayClass {
   kxClassID cls;
@@ -141,6 +143,12 @@ kxOwned copyArray(const py::array& given) {
     splitComplex<float>(a.data(), out.get(), n);
   } else if (c.complex) {
     splitComplex<double>(a.data(), out.get(), n);
+  } else if (c.cls == kxLOGICAL_CLASS) {
+    // numpy's bool bytes may hold any value (a view of other bytes); a
+    // logical is 0 or 1.
+    auto* bytes = static_cast<const uint8_t*>(a.data());
+    kxLogical* logicals = kxGetLogicals(out.get());
+    for (size_t i = 0; i < n; ++i) logicals[i] = bytes[i] != 0;
   } else if (n) {
     std::memcpy(kxGetData(out.get()), a.data(), n * kxClassElementSize(c.cls));
   }
@@ -211,6 +219,13 @@ kxOwned fromDict(py::handle value) {
 }  // namespace
 
 kxOwned toArray(py::handle value) {
+  // A list that holds itself would recurse without end.
+  static int depth = 0;
+  if (depth >= kMaxNesting) raise("NestingTooDeep", long{kMaxNesting});
+  struct Level {
+    Level() { ++depth; }
+    ~Level() { --depth; }
+  } level;
   PyObject* o = value.ptr();
   if (o == Py_None) return kxOwned(kxCreateDoubleMatrix(0, 0, kxREAL));
   if (PyBool_Check(o)) return kxOwned(kxCreateLogicalScalar(o == Py_True));
@@ -259,8 +274,11 @@ void CallInputs::add(py::handle value) {
 
 bool CallInputs::lend(const py::array& given) {
   ArrayClass c = classOf(given.dtype());
-  if (c.complex || c.cls == kxCELL_CLASS || c.cls == kxCHAR_CLASS || given.size() == 0)
+  // Logicals are copied: their bytes must be made 0 or 1.
+  if (c.complex || c.cls == kxCELL_CLASS || c.cls == kxCHAR_CLASS || c.cls == kxLOGICAL_CLASS ||
+      given.size() == 0) {
     return false;
+  }
   py::array a = normalised(given, c);
   if (!a.is(given)) keep_.push_back(a);
   std::vector<size_t> dims = dimsOf(a);

@@ -15,9 +15,10 @@
 //                              object arrays are cells
 //
 // A numpy array passed directly as an argument is lent to the call, not
-// copied, when its dtype is native, aligned, real and column-major (or
-// contiguous 1-d); other arrays are converted once by numpy. Arrays inside
-// lists and dicts are copied.
+// copied, when its dtype is numeric, native, aligned, real and column-major
+// (or contiguous 1-d); other arrays are converted once by numpy. Arrays
+// inside lists and dicts are copied, and so are bool arrays, whose bytes are
+// made 0 or 1. Nesting deeper than 1000 levels is refused.
 #pragma once
 
 #include <pybind11/numpy.h>

@@ -110,7 +110,6 @@ def test_lists_of_structs_come_back_as_lists_of_dicts():
     np.arange(10.0),
     np.asfortranarray(np.ones((30, 40))),
     np.arange(5, dtype=np.int16),
-    np.array([True, False]),
 ])
 def test_direct_arguments_are_lent_without_a_copy(value):
     [(_, address)] = host.as_inputs(value)
@@ -144,6 +143,25 @@ def test_values_without_an_array_form_are_refused(value, identifier):
         host.describe(value)
     assert caught.value.identifier == identifier
     assert caught.value.message
+
+
+def test_bool_bytes_other_than_0_and_1_become_true():
+    flags = np.array([0, 1, 2, 255], dtype=np.uint8).view(np.bool_)
+    np.testing.assert_array_equal(host.echo(flags), [[False, True, True, True]])
+    [(seen, address)] = host.as_inputs(flags)
+    assert seen == ("logical", (1, 4), False) and address != flags.ctypes.data
+
+
+def test_a_list_that_holds_itself_is_refused():
+    loop = [1.0]
+    loop.append(loop)
+    with pytest.raises(twfileio.Error) as caught:
+        host.describe(loop)
+    assert caught.value.identifier == "KORVAN:python:NestingTooDeep"
+    deep = 1.0
+    for _ in range(999):
+        deep = [deep]
+    assert host.describe(deep)[0] == "cell"
 
 
 def test_a_refused_argument_leaves_lent_arrays_alone():
