@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """twfileio.fread from Python against numpy.fromfile, in one run.
 
-    flock /work/heavy.lock bench/python_fread_vs_numpy.py [BUILD_DIR] [--mb N] [--repeat N]
+    bench/python_fread_vs_numpy.py [BUILD_DIR] [--mb N] [--repeat N]
 
 Builds the Python module in a Release tree in BUILD_DIR (default
 build-release), writes a file of doubles in /tmp (read once, so that both
