@@ -1,4 +1,4 @@
-// textscanOptionsQuery, and textscan as far as its options go.
+// textscanOptionsQuery: the options of a textscan call as it would see them.
 #include "bodies.h"
 #include "textscan/options.h"
 #include "twhost/errors.h"
@@ -72,14 +72,6 @@ int textscanOptionsQueryBody(int nlhs, kxArray** plhs, int nrhs, kxArray** prhs)
   Options options(nlhs, nrhs, prhs);
   if (nlhs == 1) plhs[0] = describeOptions(options);
   return 0;
-}
-
-// The read itself is not in this build yet: the options are checked, so
-// that a bad call is told what is wrong with it, and then a good one is told
-// that textscan cannot read yet.
-int textscanBody(int nlhs, kxArray** /*plhs*/, int nrhs, kxArray** prhs) {
-  Options options(nlhs, nrhs, prhs);
-  kxThrowId("KORVAN:FileIO", "NotBuiltYet", std::string("textscan"));
 }
 
 }  // namespace textscan

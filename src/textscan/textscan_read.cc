@@ -1,0 +1,193 @@
+// textscan: from the settled options to the result cell. Chooses the
+// stream (a char array, or an open file read as bytes or decoded), sets up
+// the line end, readers and columns, runs the row loop, and turns a failed
+// field into a partial result or an error.
+#include <algorithm>
+#include <string>
+
+#include "bodies.h"
+#include "file_source.h"
+#include "fileio/file_manager.h"
+#include "format_from_data.h"
+#include "read_loop.h"
+#include "read_switches.h"
+#include "textscan/options.h"
+#include "twhost/calls.h"
+#include "twhost/errors.h"
+
+namespace textscan {
+
+namespace {
+
+// The text shown with a failed field: to its line end, or this many units.
+constexpr size_t kShownUnits = 200;
+
+// The text at the place of a failure, as the error shows it.
+template <class S>
+ustring textAtFailure(S& s, const ReadContext& ctx) {
+  ustring shown;
+  for (size_t i = 0;; ++i) {
+    char16_t c = s.peek(i);
+    if (c == kEndOfText || ctx.isLineEndChar(c)) {
+      shown += u"\n";
+      return shown;
+    }
+    if (i == kShownUnits) {
+      shown += u"...";
+      return shown;
+    }
+    shown.push_back(c);
+  }
+}
+
+// A narrow field is shown decoded, like any other.
+template <>
+ustring textAtFailure(CharStream<char>& s, const ReadContext& ctx) {
+  size_t n = 0;
+  for (char16_t c = s.peek(); c != kEndOfText && !ctx.isLineEndChar(c) && n <= 4 * kShownUnits;
+       c = s.peek(++n)) {
+  }
+  ustring decoded;
+  FieldText(s.data() + s.head(), n).appendTo(decoded);
+  if (decoded.size() > kShownUnits) return decoded.substr(0, kShownUnits) + u"...";
+  bool atLineEnd = n <= 4 * kShownUnits;
+  return atLineEnd ? decoded + u"\n" : decoded.substr(0, kShownUnits) + u"...";
+}
+
+// The part of the read that is the same for every stream: readers and
+// columns, header lines, the loop, and the result cell.
+template <class S>
+kxArray* readBody(Options& options, S& s, const ReadContext& ctx, FormatRewinder<S> rewind) {
+  collectStopStrings(options);
+  if (options.format.empty()) buildFormatFromData(options, s, ctx, rewind);
+  ReadPlan plan(options, ctx);
+  ctx.skipHeaderLines(s, options.headerLines);
+  RowLoop<S> loop(plan, s, ctx, options);
+  if (loop.readRows() == LoopEnd::FailedField && !options.returnOnError) {
+    const ItemReader& failed = plan.items[loop.currentField()];
+    kxThrowId("KORVAN:textscan", "handleErrorAndShowInfo", textAtFailure(s, ctx),
+              static_cast<long>(options.rowsRead + 1), static_cast<long>(loop.currentField() + 1),
+              std::string(failed.label));
+  }
+  return assembleResults(plan.columns, options.collectOutput);
+}
+
+// The line end, found from the start of the text unless the caller gave it,
+// and the delimiters that depend on it.
+template <class S>
+void settleLineEnd(Options& options, S& s) {
+  if (options.endOfLine.empty() && options.endOfLineIsDefault) {
+    options.endOfLine = ReadContext::detectEndOfLine(s);
+  }
+  prepareDelimitersForLineEnd(options);
+}
+
+// The first U+FFFF of the text ends it.
+size_t usableLength(const char16_t* text, size_t size) {
+  return static_cast<size_t>(std::find(text, text + size, kEndOfText) - text);
+}
+
+kxArray* readText(Options& options) {
+  const char16_t* text = nullptr;
+  size_t size = matrix::get_kxchar_ptr_and_len(options.source, text);
+  size = kxGetNumberOfElements(options.source);
+  size_t usable = usableLength(text, size);
+  CharStream<char16_t> detect(text, usable);
+  settleLineEnd(options, detect);
+  ReadContext ctx(options);
+  CharStream<char16_t> s(text, usable);
+  s.advance(static_cast<size_t>(options.numCharactersToSkip));
+  auto rewind = [text, usable](CharStream<char16_t>& stream) {
+    stream = CharStream<char16_t>(text, usable);
+  };
+  kxArray* result = readBody<CharStream<char16_t>>(options, s, ctx, rewind);
+  options.finalPosition = static_cast<int64_t>(std::min(s.head(), size));
+  return result;
+}
+
+// A UTF-8 file is read as bytes when every character that steers the read
+// is ASCII and no conversion counts characters (a width, %c): its fields
+// are then the same whether decoded or not.
+bool bytesWillDo(const Options& options, const ReadContext& ctx) {
+  if (!fastPathEnabled() || !ctx.asciiOnly()) return false;
+  auto ascii = [](const ustring& t) {
+    return std::all_of(t.begin(), t.end(), [](char16_t c) { return c < 128; });
+  };
+  auto allAscii = [&](const std::vector<ustring>& list) {
+    return std::all_of(list.begin(), list.end(), ascii);
+  };
+  if (!allAscii(options.delimiters) || !allAscii(options.commentStyle) ||
+      !allAscii(options.treatAsEmpty) || !ascii(options.expChars)) {
+    return false;
+  }
+  for (const FormatDescription& item : options.format) {
+    if (item.type == CharacterField) return false;
+    if (!isNumericType(item.type) && item.width != kNoWidth) return false;
+    if (!ascii(item.text) && item.type != DatetimeField) return false;
+  }
+  return true;
+}
+
+template <class CharT>
+kxArray* readFileAs(Options& options, Tarnwicks::FileIO::fileStream& file, ReadContext& ctx) {
+  CharStream<CharT> s;
+  FileSource<CharT> source(file, s);
+  s.advance(static_cast<size_t>(options.numCharactersToSkip));
+  auto rewind = [&source](CharStream<CharT>&) { source.rewind(); };
+  kxArray* result = readBody<CharStream<CharT>>(options, s, ctx, rewind);
+  kxOwned guard(result);
+  options.finalPosition = static_cast<int64_t>(source.finish());
+  return guard.release();
+}
+
+kxArray* readFile(Options& options) {
+  using namespace Tarnwicks::FileIO;
+  int fid = static_cast<int>(kxGetScalar(options.source));
+  twAbsFile* file = FileMgr::instance().lookup(fid);
+  if (!file || fid < FileMgr::instance().getFirstUserFid() || !file->getStream()) {
+    kxThrowId("KORVAN:textscan", "standardStream");
+  }
+  if (!file->permission.read) kxThrowId("KORVAN:textscan", "UnableToReadFile");
+  fileStream& stream = *file->getStream();
+  {
+    // The line end comes from the text as decoded, from where the read starts.
+    CharStream<char16_t> detect;
+    FileSource<char16_t> source(stream, detect);
+    settleLineEnd(options, detect);
+    source.rewind();
+    source.finish();
+  }
+  ReadContext ctx(options);
+  // An empty format is built from the data as numbers: nothing counts
+  // characters then, and bytes will do whenever they would for %n.
+  bool utf8 = stream.fastDecoder().kind == FastDecoder::kUtf8;
+  if (utf8 && bytesWillDo(options, ctx)) return readFileAs<char>(options, stream, ctx);
+  return readFileAs<char16_t>(options, stream, ctx);
+}
+
+}  // namespace
+
+int textscanBody(int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
+  Options options(nlhs, nrhs, prhs);
+  kxArray* result = kxIsDouble(options.source) ? readFile(options) : readText(options);
+  plhs[0] = result;
+  if (nlhs > 1) plhs[1] = kxCreateDoubleScalar(static_cast<double>(options.finalPosition));
+  return 0;
+}
+
+}  // namespace textscan
+
+namespace textscan {
+
+namespace {
+bool bytesAllowed = true;
+}  // namespace
+
+bool fastPathEnabled() {
+  return bytesAllowed;
+}
+void setFastPathEnabled(bool enabled) {
+  bytesAllowed = enabled;
+}
+
+}  // namespace textscan
