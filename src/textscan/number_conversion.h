@@ -16,6 +16,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <string>
 #include <type_traits>
 
 #include "textscan/number_lexer.h"
@@ -24,8 +25,7 @@ namespace textscan {
 
 namespace conversion_detail {
 
-// Texts longer than this go through strtod's rules in pieces of the
-// scratch; a number this long is made only by a file built to be odd.
+// Units of a number mapped on the stack; longer ones use a heap buffer.
 inline constexpr size_t kScratchUnits = 128;
 
 template <class CharT>
@@ -86,8 +86,6 @@ double partToDouble(const CharT* p, size_t n) {
   if (n == 0) return 0;
   double value;
   if (parseName(p, n, value)) return value;
-  char mapped[kScratchUnits];
-  size_t m = n < kScratchUnits ? n : kScratchUnits - 1;
   if constexpr (sizeof(CharT) == 1) {
     bool plain = true;
     for (size_t i = 0; i < n && plain; ++i) {
@@ -96,13 +94,20 @@ double partToDouble(const CharT* p, size_t n) {
     }
     if (plain) return parseNarrow(p, p + n);
   }
-  // A number of more units than the scratch holds has its digits cut; only
-  // text with hundreds of digits can tell, and fast_float reads nineteen.
-  for (size_t i = 0; i < m; ++i) {
+  // Numbers longer than the buffer on the stack (hundreds of digits, made
+  // only by files built to be odd) take a buffer that grows once.
+  char onStack[kScratchUnits];
+  static thread_local std::string longText;
+  char* mapped = onStack;
+  if (n > kScratchUnits) {
+    longText.resize(n);
+    mapped = longText.data();
+  }
+  for (size_t i = 0; i < n; ++i) {
     char16_t c = unitOf(p[i]);
     mapped[i] = isPlainNumberUnit(c) ? static_cast<char>(c) : 'e';
   }
-  return parseNarrow(mapped, mapped + m);
+  return parseNarrow(mapped, mapped + n);
 }
 
 // A part of a lexed number, as a double.
