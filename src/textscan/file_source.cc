@@ -2,6 +2,8 @@
 // consumed, the end marker, and the byte position at the end.
 #include "file_source.h"
 
+#include "read_switches.h"
+
 #include <algorithm>
 #include <cstring>
 #include <vector>
@@ -13,13 +15,19 @@ namespace {
 // Units read at a time. Large enough that a refill is rare next to the work
 // on the units, small enough that a read holds little of the file.
 constexpr size_t kBlockUnits = size_t{1} << 18;
-// The window is compacted once the consumed part is this large.
-constexpr size_t kDropThreshold = kBlockUnits;
+size_t blockUnits = kBlockUnits;
 
 // U+FFFF in UTF-8.
 constexpr unsigned char kEndMarkerBytes[3] = {0xEF, 0xBF, 0xBF};
 
 }  // namespace
+
+size_t fileBlockUnits() {
+  return blockUnits;
+}
+void setFileBlockUnits(size_t units) {
+  blockUnits = units == 0 ? kBlockUnits : units;
+}
 
 template <class CharT>
 FileSource<CharT>::FileSource(Tarnwicks::FileIO::fileStream& file, CharStream<CharT>& stream)
@@ -42,7 +50,8 @@ FileSource<CharT>::~FileSource() {
 template <class CharT>
 void FileSource<CharT>::dropConsumed() {
   size_t head = std::min(stream_.head(), count_);
-  if (head < kDropThreshold) return;
+  // The window is compacted once the consumed part is a block or more.
+  if (head < blockUnits) return;
   size_t drop = head;
   if constexpr (sizeof(CharT) == 2) {
     // Only whole blocks go, so that every unit kept has its block's start.
@@ -84,7 +93,7 @@ template <class CharT>
 bool FileSource<CharT>::more(CharStream<CharT>& stream, size_t wanted) {
   if (ended_) return false;
   dropConsumed();
-  size_t want = std::max(wanted, kBlockUnits);
+  size_t want = std::max(wanted, blockUnits);
   if (count_ + held_ + want > capacity_) {
     size_t grown = std::max(capacity_ * 2, count_ + held_ + want);
     std::unique_ptr<CharT[]> bigger(new CharT[grown]);

@@ -14,6 +14,7 @@
 #include "textscan/options.h"
 #include "twhost/calls.h"
 #include "twhost/errors.h"
+#include "utf8_units.h"
 
 namespace textscan {
 
@@ -128,11 +129,24 @@ bool bytesWillDo(const Options& options, const ReadContext& ctx) {
   return true;
 }
 
+// "NumCharactersToSkip" counts characters as decoded, also over bytes.
+void skipCharacters(CharStream<char16_t>& s, double n) {
+  s.advance(static_cast<size_t>(n));
+}
+void skipCharacters(CharStream<char>& s, double n) {
+  constexpr size_t kLongestSequence = 4;
+  for (double k = 0; k < n && s.available(1); ++k) {
+    s.available(kLongestSequence);
+    char16_t unit;
+    s.advance(decodeUtf8Unit(s.data() + s.head(), s.buffered(), unit));
+  }
+}
+
 template <class CharT>
 kxArray* readFileAs(Options& options, Tarnwicks::FileIO::fileStream& file, ReadContext& ctx) {
   CharStream<CharT> s;
   FileSource<CharT> source(file, s);
-  s.advance(static_cast<size_t>(options.numCharactersToSkip));
+  skipCharacters(s, options.numCharactersToSkip);
   auto rewind = [&source](CharStream<CharT>&) { source.rewind(); };
   kxArray* result = readBody<CharStream<CharT>>(options, s, ctx, rewind);
   kxOwned guard(result);
