@@ -330,13 +330,17 @@ const CatalogText kCatalogTexts[] = {
     {"KORVAN:textscan:standardStream",
      "textscan cannot read from the standard input, output or error."},
 
-    // ---- dates ----
+    // ---- dates and categories ----
+    {"KORVAN:categorical:InvalidCodesAndNames",
+     "Categories need numeric codes, one value per name, and names as character vectors."},
     {"KORVAN:datetime:FormatConflict_Zz",
      "The format '{0}' names a time zone, but the values have no time zone."},
     {"KORVAN:datetime:InvalidFractionalSeconds",
      "Fractional seconds must be written as one unbroken run of 'S' letters."},
     {"KORVAN:datetime:InvalidLocale", "The locale must be given as a character vector."},
     {"KORVAN:datetime:InvalidLocaleString", "'{0}' is not a locale that dates can be read in."},
+    {"KORVAN:datetime:InvalidTextscanValues",
+     "Dates from text must come as a double array of milliseconds with a character format."},
     {"KORVAN:datetime:ParseErrs", "The date format '{0}' cannot be used."},
     {"KORVAN:datetime:kexErrors:ICUError", "Date handling failed at step '{0}': {1}."},
     // Not a message: the name of the locale whose date words the reader uses.

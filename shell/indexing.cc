@@ -164,9 +164,42 @@ size_t endValue(const kxArray* base, size_t position, size_t count) {
   return ext[position];
 }
 
+namespace {
+
+// The property that holds one element per element of a datetime or
+// categorical value; null for other objects, which cannot be indexed.
+const char* elementProperty(const kxArray* a) {
+  std::string cls = kxGetObjectClassName(a);
+  if (cls == "datetime") return "Data";
+  if (cls == "categorical") return "Codes";
+  return nullptr;
+}
+
+// x(subs) of a datetime or categorical value: the element property is
+// indexed as an array of the value's own size, and the other properties
+// come along unchanged.
+Value indexObject(const Value& base, const Subscripts& subs) {
+  const kxArray* a = base.get();
+  const char* property = elementProperty(a);
+  const kxArray* props = kxGetObjectProperties(a);
+  const kxArray* elements = property && props ? kxGetField(props, 0, property) : nullptr;
+  if (!elements || numelOf(elements) != numelOf(a)) shellError("IndexObject", classNameOf(a));
+  kxArray* shaped = kxDuplicateArray(elements);
+  std::vector<size_t> dims = dimsOf(a);
+  kxSetDimensions(shaped, dims.data(), dims.size());
+  Value picked = indexParen(Value::adopt(shaped), subs);
+  kxArray* newProps = kxDuplicateArray(props);
+  kxSetField(newProps, 0, property, picked.duplicate());
+  std::vector<size_t> outDims = dimsOf(picked.get());
+  return Value::adopt(
+      kxCreateObjectArray(kxGetObjectClassName(a), outDims.size(), outDims.data(), newProps));
+}
+
+}  // namespace
+
 Value indexParen(const Value& base, const Subscripts& subs) {
   const kxArray* a = base.get();
-  if (kxIsObject(a)) shellError("IndexObject", classNameOf(a));
+  if (kxIsObject(a)) return subs.empty() ? base : indexObject(base, subs);
   if (subs.empty()) return base;
   // x(k) on a double array, the common case in loops.
   if (subs.size() == 1 && !subs[0].colon && kxGetClassID(a) == kxDOUBLE_CLASS && !kxIsComplex(a) &&
