@@ -11,6 +11,7 @@
 #include "format_from_data.h"
 #include "read_loop.h"
 #include "read_switches.h"
+#include "textscan/column.h"
 #include "textscan/options.h"
 #include "twhost/calls.h"
 #include "twhost/errors.h"
@@ -55,6 +56,18 @@ ustring textAtFailure(CharStream<char>& s, const ReadContext& ctx) {
   return atLineEnd ? decoded + u"\n" : decoded.substr(0, kShownUnits) + u"...";
 }
 
+// A date column found no format that reads its first field: the error (or,
+// with "ReturnOnError", the warning) suggests the locale's default format.
+void suggestDateFormat(const Options& options) {
+  kxArray* out[1] = {};
+  kxArray* in[] = {const_cast<kxArray*>(options.dateLocale)};
+  inCallFcn(1, out, options.dateLocale ? 1 : 0, in, "datetime.getDefaultFormatForLocale");
+  kxOwned format(out[0]);
+  auto message = kxMsg("KORVAN:textscan", "AllNatSuggestFormat", matrix::get_ustring(format.get()));
+  if (!options.returnOnError) kxThrow(message);
+  kxWarningMsgId(message);
+}
+
 // The part of the read that is the same for every stream: readers and
 // columns, header lines, the loop, and the result cell.
 template <class S>
@@ -64,7 +77,13 @@ kxArray* readBody(Options& options, S& s, const ReadContext& ctx, FormatRewinder
   ReadPlan plan(options, ctx);
   ctx.skipHeaderLines(s, options.headerLines);
   RowLoop<S> loop(plan, s, ctx, options);
-  if (loop.readRows() == LoopEnd::FailedField && !options.returnOnError) {
+  LoopEnd end = LoopEnd::Done;
+  try {
+    end = loop.readRows();
+  } catch (const UnableToGuessFormat&) {
+    suggestDateFormat(options);
+  }
+  if (end == LoopEnd::FailedField && !options.returnOnError) {
     const ItemReader& failed = plan.items[loop.currentField()];
     kxThrowId("KORVAN:textscan", "handleErrorAndShowInfo", textAtFailure(s, ctx),
               static_cast<long>(options.rowsRead + 1), static_cast<long>(loop.currentField() + 1),
