@@ -35,7 +35,7 @@ class BlockVector {
 
   size_t size() const { return count_; }
 
-  void push_back(T v) {
+  [[gnu::always_inline]] void push_back(T v) {
     if (fill_ == capacity_) openBlock();
     top_[fill_++] = v;
     ++count_;

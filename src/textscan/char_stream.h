@@ -42,14 +42,17 @@ class CharStream {
 
   // The unit `offset` places ahead, or kEndOfText. Bytes come as their
   // values 0..255.
-  char16_t peek(size_t offset = 0) {
+  [[gnu::always_inline]] char16_t peek(size_t offset = 0) {
     size_t i = head_ + offset;
     if (i < count_) return unit(data_[i]);
     return peekSlow(offset);
   }
   // Whether `n` units stand from `head` on (refilling as needed).
-  bool available(size_t n) {
+  [[gnu::always_inline]] bool available(size_t n) {
     if (head_ + n <= count_) return true;
+    return availableSlow(n);
+  }
+  [[gnu::noinline]] bool availableSlow(size_t n) {
     while (refiller_ && head_ + n > count_) {
       if (!refiller_->more(*this, head_ + n - count_)) break;
     }
@@ -57,11 +60,14 @@ class CharStream {
   }
   // Moves on by `n` units. A string stream's place may pass its end, as an
   // offset given by the caller can; every look tests against the end.
-  void advance(size_t n) {
+  [[gnu::always_inline]] void advance(size_t n) {
     if (head_ + n <= count_ || !refiller_) {
       head_ += n;
       return;
     }
+    advanceSlow(n);
+  }
+  [[gnu::noinline]] void advanceSlow(size_t n) {
     available(n);
     head_ = head_ + n <= count_ ? head_ + n : count_;
   }
@@ -90,7 +96,7 @@ class CharStream {
   void setRefiller(Refiller<CharT>* r) { refiller_ = r; }
 
  private:
-  char16_t peekSlow(size_t offset) {
+  [[gnu::noinline]] char16_t peekSlow(size_t offset) {
     if (refiller_ && available(offset + 1)) return unit(data_[head_ + offset]);
     return kEndOfText;
   }

@@ -85,6 +85,9 @@ struct ItemReader {
   char16_t quote = u'"';
   const StopStrings* stops = nullptr;
   NumberSyntax syntax{kDefaultExpChars};
+  // A numeric item without width or precision whose exponent letters
+  // include "e" and "E": its common numbers can be read in one pass.
+  bool plainNumbers = false;
   const char* label = "";
 };
 

@@ -80,11 +80,19 @@ void FileSource<CharT>::cutAtEndMarker(size_t from) {
       ended_ = true;
     }
   } else {
-    const char* first = buffer_.get() + from;
-    const void* at = memmem(first, count_ - from, kEndMarkerBytes, sizeof kEndMarkerBytes);
-    if (at) {
-      count_ = static_cast<size_t>(static_cast<const char*>(at) - buffer_.get());
-      ended_ = true;
+    // Bytes 0xEF are rare in most text: memchr finds the candidates fast.
+    const char* p = buffer_.get() + from;
+    const char* end = buffer_.get() + count_;
+    while (p + 3 <= end) {
+      p = static_cast<const char*>(
+          std::memchr(p, kEndMarkerBytes[0], static_cast<size_t>(end - p)));
+      if (!p || p + 3 > end) return;
+      if (std::memcmp(p, kEndMarkerBytes, sizeof kEndMarkerBytes) == 0) {
+        count_ = static_cast<size_t>(p - buffer_.get());
+        ended_ = true;
+        return;
+      }
+      ++p;
     }
   }
 }

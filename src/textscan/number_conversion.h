@@ -110,6 +110,49 @@ double partToDouble(const CharT* p, size_t n) {
   return parseNarrow(mapped, mapped + n);
 }
 
+// The common number in one pass: an optional minus, digits or a point, and
+// a plain exponent, read by fast_float where it stands (UTF-16 units are
+// copied to bytes first). Returns the units taken, or 0 when the number is
+// anything else (a word, a plus sign, an imaginary or complex form, another
+// exponent letter) or runs to the end of `avail`, so that the caller lexes it
+// instead. Where it takes a number, the lexer would have taken the same
+// text, and the value is the one its conversion gives.
+template <class CharT>
+size_t readPlainReal(const CharT* p, size_t avail, const NumberSyntax& syntax, double& value) {
+  using namespace conversion_detail;
+  if (avail < 2) return 0;
+  char16_t c = unitOf(p[0]);
+  char16_t d = c == u'-' ? unitOf(p[1]) : c;
+  if (!((d >= u'0' && d <= u'9') || d == u'.')) return 0;
+  const char* first;
+  const char* last;
+  char copied[kScratchUnits];
+  if constexpr (sizeof(CharT) == 1) {
+    first = p;
+    last = p + avail;
+  } else {
+    size_t n = 0;
+    while (n < avail && n < kScratchUnits) {
+      char16_t u = p[n];
+      if (!(isPlainNumberUnit(u) || u == u'e' || u == u'E')) break;
+      copied[n++] = static_cast<char>(u);
+    }
+    if (n == kScratchUnits) return 0;
+    first = copied;
+    last = copied + n;
+  }
+  auto result = fast_float::from_chars(first, last, value);
+  if (result.ec != std::errc()) return 0;
+  size_t length = static_cast<size_t>(result.ptr - first);
+  if (length >= avail) return 0;
+  char16_t next = unitOf(p[length]);
+  if (next == u'i' || next == u'j' || next == u'+' || next == u'-' ||
+      syntax.isExponentLetter(next)) {
+    return 0;
+  }
+  return length;
+}
+
 // A part of a lexed number, as a double.
 template <class CharT>
 double partValue(const CharT* field, const NumberPart& part) {

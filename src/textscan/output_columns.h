@@ -51,6 +51,14 @@ class NumericColumn final : public OutputColumn {
     real_.push_back(empty_);
   }
 
+  // A real number read as `x` from the `n` units at `text`.
+  template <class CharT>
+  void addReal(double x, const CharT* text, size_t n) {
+    ++count_;
+    real_.push_back(toColumnType<T>(x, text, n));
+    if (hasImaginary_) imaginary_.push_back(0);
+  }
+
   // A lexed number whose text starts at `field`.
   template <class CharT>
   void add(const CharT* field, const LexedNumber& n) {

@@ -32,7 +32,7 @@ class ReadContext {
   // From the settled options, once the line end is known.
   explicit ReadContext(const Options& options);
 
-  uint8_t classOf(char16_t c) const {
+  [[gnu::always_inline]] uint8_t classOf(char16_t c) const {
     if (c < kAscii) return asciiClass_[c];
     if (!hasWideSpecials_) return 0;
     return wideClass(c);

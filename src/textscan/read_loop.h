@@ -156,6 +156,7 @@ class RowLoop {
         if (f.ok && column) addText<StringColumn>(column, f.length);
         break;
       default: {
+        if (r.plainNumbers && readPlainNumber(r, column)) return true;
         NumericField nf = readNumber(r, s_, ctx_, plan_.emptyWords);
         f = nf.field;
         if (f.ok && column) addNumber(r.type, column, nf.number);
@@ -165,6 +166,50 @@ class RowLoop {
     if (!f.ok) return false;
     s_.advance(f.length);
     return true;
+  }
+
+  // The common number, read and kept in one pass; false when the field needs
+  // the full reader (a delimiter, blanks, an empty word, another form).
+  [[gnu::always_inline]] bool readPlainNumber(const ItemReader& r, OutputColumn* column) {
+    const auto* p = here();
+    size_t avail = s_.buffered();
+    if (avail == 0) return false;
+    char16_t first = S::unit(p[0]);
+    if (ctx_.classOf(first) != 0 || plan_.emptyWords.firstUnits.contains(first)) return false;
+    double x;
+    size_t length = readPlainReal(p, avail, r.syntax, x);
+    if (length == 0) return false;
+    if (column) addReal(r.type, column, x, length);
+    s_.advance(length);
+    return true;
+  }
+
+  void addReal(SpecifierType type, OutputColumn* column, double x, size_t n) {
+    const auto* p = here();
+    switch (type) {
+      case Int8Field:
+        return static_cast<NumericColumn<int8_t>*>(column)->addReal(x, p, n);
+      case Int16Field:
+        return static_cast<NumericColumn<int16_t>*>(column)->addReal(x, p, n);
+      case Int32Alias:
+      case Int32Field:
+        return static_cast<NumericColumn<int32_t>*>(column)->addReal(x, p, n);
+      case Int64Field:
+        return static_cast<NumericColumn<int64_t>*>(column)->addReal(x, p, n);
+      case UInt8Field:
+        return static_cast<NumericColumn<uint8_t>*>(column)->addReal(x, p, n);
+      case UInt16Field:
+        return static_cast<NumericColumn<uint16_t>*>(column)->addReal(x, p, n);
+      case UInt32Alias:
+      case UInt32Field:
+        return static_cast<NumericColumn<uint32_t>*>(column)->addReal(x, p, n);
+      case UInt64Field:
+        return static_cast<NumericColumn<uint64_t>*>(column)->addReal(x, p, n);
+      case SingleField:
+        return static_cast<NumericColumn<float>*>(column)->addReal(x, p, n);
+      default:
+        return static_cast<NumericColumn<double>*>(column)->addReal(x, p, n);
+    }
   }
 
   void addNumber(SpecifierType type, OutputColumn* column, const LexedNumber& number) {

@@ -71,6 +71,8 @@ ReadPlan::ReadPlan(const Options& options, const ReadContext& /*ctx*/)
         break;
       default:
         r.syntax = NumberSyntax(options.expChars, item.width, item.precision);
+        r.plainNumbers = item.width == kNoWidth && item.precision == kNoPrecision &&
+                         r.syntax.isExponentLetter(u'e') && r.syntax.isExponentLetter(u'E');
         break;
     }
     std::unique_ptr<OutputColumn> column = makeColumn(item, options);
