@@ -135,54 +135,44 @@ kxArray* CharColumn::getResult() {
 
 // ---- strings ---------------------------------------------------------------------
 
-StringColumn::~StringColumn() {
-  // Cells not handed over (a read that failed) are the column's own.
-  size_t n = cells_.size();
-  if (kxArray** cells = cells_.release()) {
-    for (size_t i = 0; i < n; ++i) kxDestroyArray(cells[i]);
-    kxFreeEx(cells);
-  }
-}
-
-void StringColumn::addUnits(const char16_t* text, size_t n) {
-  size_t length = n;
-  const char16_t* units = text;
-  if (quote_ != 0 && n != 0 && text[0] == quote_) {
-    if (scratch_.size() < n) scratch_.resize(n);
-    length = stripQuotes(quote_, text, text + n, scratch_.data());
-    units = scratch_.data();
-  }
-  kxArray* cell =
-      length == 0 ? kxCreateCharMatrix(0, 0) : kxCreateStringFromNChars_UTF16(units, length);
-  try {
-    cells_.push_back(cell);
-  } catch (...) {
-    kxDestroyArray(cell);
-    throw;
-  }
-}
-
 void StringColumn::add(const char16_t* text, size_t n) {
-  addUnits(text, n);
+  if (quote_ != 0 && n != 0 && text[0] == quote_) {
+    size_t at = units_.size();
+    units_.resize(at + n);
+    units_.resize(at + stripQuotes(quote_, text, text + n, units_.data() + at));
+  } else {
+    units_.append(text, n);
+  }
+  ends_.push_back(units_.size());
 }
 
 void StringColumn::add(const char* text, size_t n) {
-  decoded_.clear();
-  FieldText(text, n).appendTo(decoded_);
-  addUnits(decoded_.data(), decoded_.size());
-}
-
-void StringColumn::addEmptyField() {
-  addUnits(nullptr, 0);
-}
-
-kxArray* StringColumn::getResult() {
-  size_t n = cells_.size();
-  kxArray* cell = kxCreateCellMatrix(n, 1);
-  if (kxArray** block = cells_.release()) {
-    for (size_t i = 0; i < n; ++i) kxSetCell(cell, i, block[i]);
-    kxFreeEx(block);
+  if (quote_ != 0 && n != 0 && text[0] == static_cast<char>(quote_)) {
+    decoded_.clear();
+    FieldText(text, n).appendTo(decoded_);
+    add(decoded_.data(), decoded_.size());
+    return;
   }
+  FieldText(text, n).appendTo(units_);
+  ends_.push_back(units_.size());
+}
+
+// An empty field is a 0-by-0 char array, any other a 1-by-n row.
+kxArray* StringColumn::getResult() {
+  size_t n = ends_.size();
+  kxArray* cell = kxCreateCellMatrix(n, 1);
+  uint64_t start = 0;
+  for (size_t i = 0; i < n; ++i) {
+    size_t length = static_cast<size_t>(ends_[i] - start);
+    kxSetCell(cell, i,
+              length == 0 ? kxCreateCharMatrix(0, 0)
+                          : kxCreateStringFromNChars_UTF16(units_.data() + start, length));
+    start = ends_[i];
+  }
+  units_.clear();
+  units_.shrink_to_fit();
+  ends_.clear();
+  ends_.shrink_to_fit();
   return cell;
 }
 

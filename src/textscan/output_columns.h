@@ -121,23 +121,24 @@ class CharColumn final : public OutputColumn {
 };
 
 // %s, %[...], %[^...] (no quote) and %q, %t (quote set): a cell column of
-// char rows.
+// char rows. The text of all fields is kept in one store and the cells are
+// made at the end, one after the other, each adopted by the cell as soon as
+// it is made: the host's record of live arrays then never grows with the
+// column.
 class StringColumn final : public OutputColumn {
  public:
   explicit StringColumn(char16_t quote = 0) : OutputColumn(kxCELL_CLASS), quote_(quote) {}
-  ~StringColumn() override;
   void add(const char16_t* text, size_t n);
   void add(const char* text, size_t n);
-  void addEmptyField() override;
-  uint64_t fieldCount() const override { return cells_.size(); }
+  void addEmptyField() override { ends_.push_back(units_.size()); }
+  uint64_t fieldCount() const override { return ends_.size(); }
   kxArray* getResult() override;
 
  private:
-  void addUnits(const char16_t* text, size_t n);
   char16_t quote_;
-  BlockVector<kxArray*> cells_;
-  std::u16string scratch_;  // a field without its quotes
-  std::u16string decoded_;  // a field of UTF-8 bytes, decoded
+  std::u16string units_;        // every field's text, one after the other
+  std::vector<uint64_t> ends_;  // where each field's text ends in units_
+  std::u16string decoded_;      // a quoted field of UTF-8 bytes, decoded
 };
 
 // A column of another area (dates, categories), behind its interface.
