@@ -98,10 +98,12 @@ void FileSource<CharT>::cutAtEndMarker(size_t from) {
 }
 
 template <class CharT>
-bool FileSource<CharT>::more(CharStream<CharT>& stream, size_t wanted) {
+bool FileSource<CharT>::more(CharStream<CharT>& stream, size_t /*wanted*/) {
   if (ended_) return false;
   dropConsumed();
-  size_t want = std::max(wanted, blockUnits);
+  // One block a call: a reader that wants far ahead (a wide %c) calls
+  // again, and the buffer grows only with what the file holds.
+  size_t want = blockUnits;
   if (count_ + held_ + want > capacity_) {
     size_t grown = std::max(capacity_ * 2, count_ + held_ + want);
     std::unique_ptr<CharT[]> bigger(new CharT[grown]);

@@ -8,6 +8,7 @@
 // believed: the format is then one %n, applied to the end of the input.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <functional>
@@ -114,10 +115,12 @@ void buildFormatFromData(Options& options, S& s, const ReadContext& ctx,
   }
 
   rewind(s);
-  if (static_cast<int32_t>(options.headerColumns) > static_cast<int64_t>(widest)) {
+  // "HeaderColumns" compared as a 32-bit count, which it saturates.
+  double headerColumns = std::min(options.headerColumns, 2147483647.0);
+  if (static_cast<int64_t>(headerColumns) > static_cast<int64_t>(widest)) {
     kxThrowId("KORVAN:textscan", "BuildFormatString");
   }
-  const uint64_t skipped = static_cast<uint64_t>(options.headerColumns);
+  const uint64_t skipped = static_cast<uint64_t>(headerColumns);
   options.format.clear();
   for (uint64_t k = 0; k < widest; ++k) {
     FormatDescription item;

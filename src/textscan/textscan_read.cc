@@ -116,7 +116,9 @@ kxArray* readText(Options& options) {
   settleLineEnd(options, detect);
   ReadContext ctx(options);
   CharStream<char16_t> s(text, usable);
-  s.advance(static_cast<size_t>(options.numCharactersToSkip));
+  // A skip past the end only has to stay past it.
+  s.advance(
+      static_cast<size_t>(std::min(options.numCharactersToSkip, static_cast<double>(size) + 1)));
   auto rewind = [text, usable](CharStream<char16_t>& stream) {
     stream = CharStream<char16_t>(text, usable);
   };
