@@ -12,7 +12,7 @@
 // Input: byte 0 chooses the mode. Even: the rest up to the first byte 0xFF
 // is a pattern over kPatternAlphabet, and what follows is the text. Odd:
 // byte 1 picks one of the patterns the fast path takes, and the rest is the
-// text, over kTextAlphabet.
+// text, over kTextAlphabet. Bytes of an alphabet stand for themselves.
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -48,9 +48,14 @@ const char16_t* const kFastPatterns[] = {u"yyyy-MM-dd HH:mm:ss.SSS",
   std::abort();
 }
 
+// A byte that is itself in the alphabet stands for itself, so that seeds and
+// dictionaries can be written as text; any other byte picks a unit.
 std::u16string mapped(const uint8_t* data, size_t size, const char16_t* alphabet, size_t count) {
   std::u16string out;
-  for (size_t i = 0; i < size; ++i) out += alphabet[data[i] % count];
+  for (size_t i = 0; i < size; ++i) {
+    bool itself = std::char_traits<char16_t>::find(alphabet, count, data[i]) != nullptr;
+    out += itself ? static_cast<char16_t>(data[i]) : alphabet[data[i] % count];
+  }
   return out;
 }
 

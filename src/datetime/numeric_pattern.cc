@@ -150,9 +150,11 @@ std::optional<NumericPattern> NumericPattern::compile(const ustring& pattern,
     e.fixed = after || before;
     bool longFraction = e.kind == Kind::Fraction && e.count > kMillisecondDigits;
     if (longFraction) {
-      // The long fraction is read after the rest by a reader of its own; the
-      // field before it must end at a separator, and nothing may follow.
-      if (e.fixed || k + 1 != els.size()) return std::nullopt;
+      // The long fraction is read after the rest by a reader of its own:
+      // ICU must read a field and a separator before it (a pattern that
+      // starts with the run reads nothing), and nothing may follow.
+      constexpr size_t kFieldAndSeparator = 2;
+      if (e.fixed || k + 1 != els.size() || k < kFieldAndSeparator) return std::nullopt;
     } else if (e.fixed) {
       bool widthOk = e.kind == Kind::Year       ? e.count == 2 || e.count == 4
                      : e.kind == Kind::Fraction ? true
