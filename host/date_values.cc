@@ -8,8 +8,10 @@
 // the low part in the imaginary part). A categorical has "Categories" (a
 // cell column of char rows) and "Codes" (per element the 1-based number of
 // its category, 0 for undefined, in an unsigned class that holds them all).
+#include <cmath>
 #include <cstring>
 #include <unordered_map>
+#include <vector>
 
 #include "twhost/calls.h"
 #include "twhost/errors.h"
@@ -53,6 +55,40 @@ void textscanCreateFromStrings(int, kxArray** plhs, int nrhs, kxArray** prhs) {
   plhs[0] = objectOf("datetime", n, "Format", formatRow, "Data", data);
 }
 
+// Each code becomes the 1-based position of its value among `values`, 0
+// when none has it. Codes that are small whole numbers, as textscan gives
+// them, go through a table; any others through a map.
+void renumber(const kxArray* codes, const kxArray* values, kxArray* out) {
+  size_t k = kxGetNumberOfElements(values);
+  size_t n = kxGetNumberOfElements(codes);
+  KxData valueData(values);
+  std::vector<double> table;
+  std::unordered_map<double, double> position;
+  for (size_t i = 0; i < k; ++i) {
+    double v = valueData.asDouble(i);
+    double place = static_cast<double>(i + 1);
+    position.emplace(v, place);
+    if (v >= 1 && v <= static_cast<double>(k) && v == std::floor(v)) {
+      table.resize(k + 1, 0);
+      table[static_cast<size_t>(v)] = place;
+    }
+  }
+  bool tabled = position.size() == k && table.size() == k + 1;
+  // One typed pass in, one out; the renumbering works on doubles.
+  std::vector<double> work(n);
+  AssignToVoidBuffer(kxDOUBLE_CLASS, work.data(), KxData(codes), n);
+  for (double& c : work) {
+    if (tabled && c >= 0 && c <= static_cast<double>(k) && c == std::floor(c)) {
+      c = table[static_cast<size_t>(c)];
+    } else if (auto it = position.find(c); it != position.end()) {
+      c = it->second;
+    } else {
+      c = 0;
+    }
+  }
+  AssignToVoidBuffer(kxGetClassID(out), kxGetData(out), kxDOUBLE_CLASS, work.data(), n);
+}
+
 // Inputs: one code per element (0 undefined), the code of each category,
 // and the names of the categories in the order they are to be listed. The
 // codes keep their class; they are renumbered to positions in the list.
@@ -66,10 +102,6 @@ void categorical(int, kxArray** plhs, int nrhs, kxArray** prhs) {
     kxThrowId("KORVAN:categorical", "InvalidCodesAndNames");
   }
   size_t k = kxGetNumberOfElements(names);
-  std::unordered_map<double, double> position;
-  KxData valueData(values);
-  for (size_t i = 0; i < k; ++i)
-    position.emplace(valueData.asDouble(i), static_cast<double>(i + 1));
   kxArray* categories = kxCreateCellMatrix(k, 1);
   for (size_t i = 0; i < k; ++i) {
     const kxArray* name = kxGetCell(names, i);
@@ -80,17 +112,11 @@ void categorical(int, kxArray** plhs, int nrhs, kxArray** prhs) {
     ustring text = kxArrayToUString(name);
     kxSetCell(categories, i, kxCreateStringFromNChars_UTF16(text.data(), text.size()));
   }
-  size_t n = kxGetNumberOfElements(codes);
-  kxClassID cls = kxGetClassID(codes);
-  kxArray* out = kxCreateNumericMatrix(n, 1, cls, kxREAL);
-  KxData in(codes);
-  for (size_t i = 0; i < n; ++i) {
-    auto it = position.find(in.asDouble(i));
-    double code = it == position.end() ? 0 : it->second;
-    AssignToVoidBuffer(cls, static_cast<char*>(kxGetData(out)) + i * kxClassElementSize(cls),
-                       kxDOUBLE_CLASS, &code, 1);
-  }
-  plhs[0] = objectOf("categorical", n, "Categories", categories, "Codes", out);
+  kxArray* out =
+      kxCreateNumericMatrix(kxGetNumberOfElements(codes), 1, kxGetClassID(codes), kxREAL);
+  renumber(codes, values, out);
+  plhs[0] =
+      objectOf("categorical", kxGetNumberOfElements(codes), "Categories", categories, "Codes", out);
 }
 
 [[maybe_unused]] const bool kRegistered = [] {

@@ -33,6 +33,10 @@ bool isUndefinedCategory(std::u16string_view text);
 class CategoricalFieldConverter {
  public:
   void addField(const char16_t* units, size_t length);
+  // Appends a code that an earlier field was given; returns it.
+  void addCode(uint64_t code) { categoryCodes_.push_back(code); }
+  // The code of the last field added.
+  uint64_t lastFieldCode() const { return categoryCodes_.back(); }
   uint64_t fieldCount() const { return categoryCodes_.size(); }
   size_t categoryCount() const { return names_.size(); }
   // The categorical value; the collector is empty afterwards.

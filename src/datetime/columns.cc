@@ -1,9 +1,12 @@
-// The makers of the %D and %C columns, and the category column itself: a
-// thin adapter that hands each field, decoded, to the collector.
+// The makers of the %D and %C columns, and the category column itself: an
+// adapter that hands each field, decoded, to the collector, and remembers
+// the code of the bytes of each field of a UTF-8 file, since the same bytes
+// always decode, unquote and look up to the same code.
 #include "datetime/columns.h"
 
 #include <memory>
 
+#include "byte_memo.h"
 #include "category_collector.h"
 #include "date_column.h"
 #include "textscan/column.h"
@@ -20,9 +23,15 @@ class CategoryColumn final : public textscan::TextColumn {
       collector_.addField(text.wide(), text.length());
       return;
     }
+    uint64_t code = memo_.find(text.narrow(), text.length());
+    if (code != ByteMemo::kNone) {
+      collector_.addCode(code);
+      return;
+    }
     decoded_.clear();
     text.appendTo(decoded_);
     collector_.addField(decoded_.data(), decoded_.size());
+    memo_.remember(text.narrow(), text.length(), collector_.lastFieldCode());
   }
   uint64_t fieldCount() const override { return collector_.fieldCount(); }
   kxClassID resultClass() const override { return kxOBJECT_CLASS; }
@@ -30,6 +39,7 @@ class CategoryColumn final : public textscan::TextColumn {
 
  private:
   CategoricalFieldConverter collector_;
+  ByteMemo memo_;
   ustring decoded_;  // a field of UTF-8 bytes, decoded
 };
 

@@ -17,6 +17,10 @@ constexpr size_t kMillisecondDigits = 3;
 // A longer fraction is read as one integer; up to fifteen digits it is exact
 // as a double, as ICU's reading of it is.
 constexpr size_t kLongFractionMaxDigits = 15;
+// 1e0 to 1e15, each exact, so a division by them is what ICU's path gets
+// from std::pow.
+constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                   1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
 constexpr int kMonthsInYear = 12;
 constexpr int kHoursInDay = 24;
 constexpr int kMinutesInHour = 60;
@@ -217,7 +221,7 @@ bool NumericPattern::parse(const CharT* text, size_t length, DateValue& out) con
         if (e.count > kMillisecondDigits) {
           if (digits > kLongFractionMaxDigits) return false;
           longFraction = true;
-          fraction = static_cast<double>(v) / std::pow(10.0, static_cast<double>(digits));
+          fraction = static_cast<double>(v) / kPowersOfTen[digits];
         } else {
           if (digits > kShortFractionMaxDigits) return false;
           // Left-justified to milliseconds, further digits cut off.
