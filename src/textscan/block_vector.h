@@ -1,20 +1,18 @@
-// BlockVector<T>: the store of a column, in blocks from the host's array
-// allocator so that a result array can adopt them.
+// BlockVector<T>: the store of a column, one block from the host's array
+// allocator that the result array adopts as it is, without a copy.
 //
-// Values never move while the store grows. The first block is 1 KiB, the
-// size of a small read's whole column, which the result then adopts
-// without a copy; each later block doubles, up to 1 MiB, so that a large
-// read costs few allocations. Handing over a store of several blocks copies
-// it once into one block, freeing each block as it is copied, so that the
-// peak stays near one copy of the column.
+// The block doubles as it fills, through the host's realloc. Large blocks
+// are mapped memory that the C library grows in place or remaps without
+// copying, so each value is written once where the result will hold it and
+// the peak stays at one copy of the column: no second block of the same
+// size is ever touched. The slack at the end of the block is never written,
+// so it costs address space and not memory.
 #pragma once
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <new>
-#include <vector>
 
 #include "twhost/kx_memory.h"
 
@@ -26,31 +24,20 @@ class BlockVector {
   BlockVector() = default;
   BlockVector(const BlockVector&) = delete;
   BlockVector& operator=(const BlockVector&) = delete;
-  BlockVector(BlockVector&& other) noexcept { swap(other); }
-  BlockVector& operator=(BlockVector&& other) noexcept {
-    swap(other);
-    return *this;
-  }
   ~BlockVector() { clear(); }
 
   size_t size() const { return count_; }
 
   [[gnu::always_inline]] void push_back(T v) {
-    if (fill_ == capacity_) openBlock();
-    top_[fill_++] = v;
-    ++count_;
+    if (count_ == capacity_) grow(count_ + 1);
+    data_[count_++] = v;
   }
 
   // `n` copies of `v`.
   void appendRepeated(size_t n, T v) {
-    while (n > 0) {
-      if (fill_ == capacity_) openBlock();
-      size_t take = std::min(n, capacity_ - fill_);
-      std::fill_n(top_ + fill_, take, v);
-      fill_ += take;
-      count_ += take;
-      n -= take;
-    }
+    if (count_ + n > capacity_) grow(count_ + n);
+    std::fill_n(data_ + count_, n, v);
+    count_ += n;
   }
 
   // The values as one kxMallocEx block, which the caller owns; null when
@@ -60,70 +47,33 @@ class BlockVector {
       clear();
       return nullptr;
     }
-    T* out;
-    if (blocks_.size() == 1) {
-      out = blocks_[0].data;
-      blocks_.clear();
-    } else {
-      out = static_cast<T*>(kxMallocEx(count_ * sizeof(T)));
-      if (!out) throw std::bad_alloc();
-      size_t at = 0;
-      for (Block& b : blocks_) {
-        size_t n = std::min(b.size, count_ - at);
-        std::memcpy(out + at, b.data, n * sizeof(T));
-        at += n;
-        kxFreeEx(b.data);
-        b.data = nullptr;
-      }
-      blocks_.clear();
-    }
-    reset();
+    T* out = data_;
+    data_ = nullptr;
+    count_ = capacity_ = 0;
     return out;
   }
 
   void clear() {
-    for (Block& b : blocks_) kxFreeEx(b.data);
-    blocks_.clear();
-    reset();
+    kxFreeEx(data_);
+    data_ = nullptr;
+    count_ = capacity_ = 0;
   }
 
  private:
+  // The first block holds a small read's whole column.
   static constexpr size_t kFirstBlockBytes = 1024;
-  static constexpr size_t kLargestBlockBytes = size_t{1} << 20;
 
-  struct Block {
-    T* data;
-    size_t size;
-  };
-
-  void openBlock() {
-    size_t bytes = blocks_.empty()
-                       ? kFirstBlockBytes
-                       : std::min(blocks_.back().size * sizeof(T) * 2, kLargestBlockBytes);
-    size_t elements = std::max<size_t>(bytes / sizeof(T), 1);
-    T* data = static_cast<T*>(kxMallocEx(elements * sizeof(T)));
-    if (!data) throw std::bad_alloc();
-    blocks_.push_back({data, elements});
-    top_ = data;
-    fill_ = 0;
+  [[gnu::noinline]] void grow(size_t needed) {
+    size_t elements = std::max(capacity_ * 2, std::max<size_t>(kFirstBlockBytes / sizeof(T), 1));
+    elements = std::max(elements, needed);
+    if (elements > SIZE_MAX / sizeof(T)) throw std::bad_alloc();
+    data_ = static_cast<T*>(data_ ? kxReallocExCheck(data_, elements * sizeof(T))
+                                  : kxMallocExCheck(elements * sizeof(T)));
     capacity_ = elements;
   }
-  void reset() {
-    count_ = fill_ = capacity_ = 0;
-    top_ = nullptr;
-  }
-  void swap(BlockVector& o) noexcept {
-    std::swap(blocks_, o.blocks_);
-    std::swap(count_, o.count_);
-    std::swap(top_, o.top_);
-    std::swap(fill_, o.fill_);
-    std::swap(capacity_, o.capacity_);
-  }
 
-  std::vector<Block> blocks_;
+  T* data_ = nullptr;
   size_t count_ = 0;
-  T* top_ = nullptr;
-  size_t fill_ = 0;
   size_t capacity_ = 0;
 };
 
