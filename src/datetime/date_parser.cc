@@ -74,16 +74,17 @@ bool usesAsciiDigits(const icu::Locale& locale) {
 
 // ICU 72 scales a fraction field of one to three "S" by a power of ten in
 // 32-bit arithmetic, which wraps to zero past 34 digits and divides by it
-// (a crash found by the fuzz target). No date has such a run of digits, so
-// a text that holds one is NaT before ICU sees it, whatever the field.
-constexpr int32_t kLongestDigitRun = 31;
+// (a crash found by the fuzz target). The digits it counts are those its
+// number reader took, which may run on past an exponent letter ("0...0E0..."
+// did it). A date holds fewer than twenty digits, so under such a pattern a
+// text with more than this many digits in all is NaT before ICU sees it.
+constexpr int32_t kMostDigits = 31;
 
-bool holdsLongDigitRun(const icu::UnicodeString& text) {
-  int32_t run = 0;
+bool holdsTooManyDigits(const icu::UnicodeString& text) {
+  int32_t digits = 0;
   for (int32_t i = 0; i < text.length();) {
     UChar32 c = text.char32At(i);
-    run = u_isdigit(c) ? run + 1 : 0;
-    if (run > kLongestDigitRun) return true;
+    if (u_isdigit(c) && ++digits > kMostDigits) return true;
     i += U16_LENGTH(c);
   }
   return false;
@@ -251,7 +252,7 @@ bool datetimeICUParser::parseICU(const icu::UnicodeString& text, DateValue& out)
     out = DateValue::notATime();
     return false;
   }
-  if (fractionDigits_ > 0 && fractionDigits_ <= kIcuFractionDigits && holdsLongDigitRun(text)) {
+  if (fractionDigits_ > 0 && fractionDigits_ <= kIcuFractionDigits && holdsTooManyDigits(text)) {
     out = DateValue::notATime();
     return false;
   }

@@ -114,11 +114,14 @@ TEST(DateParser, WordsAreTrimmedAndFolded) {
   EXPECT_EQ(nat.low, 0);
 }
 
-TEST(DateParser, AVeryLongDigitRunIsNaTAndDoesNotReachICU) {
+TEST(DateParser, TextWithVeryManyDigitsIsNaTAndDoesNotReachICU) {
   // ICU 72 divides by zero on a fraction field of 35 digits or more.
   std::u16string digits(40, u'7');
   EXPECT_TRUE(parse(u"S", digits).isNaT());
   EXPECT_TRUE(parse(u"yyyy-MM-dd HH:mm:ss.SSS", u"2020-01-02 03:04:05." + digits).isNaT());
+  // ICU's number reader also runs on past an exponent letter.
+  EXPECT_TRUE(
+      parse(u".S", u"." + std::u16string(25, u'0') + u"E" + std::u16string(7, u'0')).isNaT());
   // A long fraction is read by our own reader, which takes any length.
   datetimeICUParser p(u"ss.SSSSSS", std::string("en_US"));
   DateValue v;
