@@ -105,16 +105,21 @@ def memory_check(build):
         with open(BIG, "wb") as f:
             for _ in range(max(1, (1 << 30) // len(chunk))):
                 f.write(chunk)
+    # ru_maxrss survives exec (it would be the driver's); the memory map's
+    # own high-water mark, VmHWM, starts afresh in the child.
     child = f"""
-import resource, sys
+import sys
 sys.path.insert(0, {os.path.join(os.path.abspath(build), 'python')!r})
 import numpy, twfileio
-base = resource.getrusage(resource.RUSAGE_SELF).ru_maxrss * 1024
+def status(key):
+    for line in open('/proc/self/status'):
+        if line.startswith(key):
+            return int(line.split()[1]) * 1024
+base = status('VmRSS')
 fid = twfileio.fopen({BIG!r}, 'r')
 r = twfileio.textscan(fid, {FORMAT8!r}, 'Delimiter', ',')
 twfileio.fclose(fid)
-peak = resource.getrusage(resource.RUSAGE_SELF).ru_maxrss * 1024
-print(base, peak, sum(numpy.asarray(c).nbytes for c in r))
+print(base, status('VmHWM'), sum(numpy.asarray(c).nbytes for c in r))
 """
     out = subprocess.run([sys.executable, "-c", child], check=True, capture_output=True, text=True).stdout
     base, peak, result = (int(v) for v in out.split())
