@@ -106,8 +106,13 @@ class RowLoop {
         currentField_ = 0;
         return true;
       }
-      passCommentsAndWhitespace();
-      if (!readField(plan_.items[currentField_], plan_.itemColumns[currentField_])) return false;
+      const ItemReader& r = plan_.items[currentField_];
+      OutputColumn* column = plan_.itemColumns[currentField_];
+      // A common number takes no skip first: it starts at no special unit.
+      if (!(r.plainNumbers && readPlainNumber(r, column))) {
+        passCommentsAndWhitespace();
+        if (!readField(r, column)) return false;
+      }
       ++currentField_;
       for (;;) {
         passCommentsAndWhitespace();
