@@ -60,8 +60,9 @@ class BlockVector {
   }
 
  private:
-  // The first block holds a small read's whole column.
-  static constexpr size_t kFirstBlockBytes = 1024;
+  // Small, so that a format of very many conversions costs little for each
+  // column; doubling makes the number of reallocs logarithmic anyway.
+  static constexpr size_t kFirstBlockBytes = 64;
 
   [[gnu::noinline]] void grow(size_t needed) {
     size_t elements = std::max(capacity_ * 2, std::max<size_t>(kFirstBlockBytes / sizeof(T), 1));
