@@ -15,8 +15,8 @@
 #include <string>
 #include <vector>
 
+#include "fileio/escapes.h"
 #include "fileio/string_streams.h"
-#include "print/escapes.h"
 #include "print/format_parser.h"
 #include "print/format_runner.h"
 #include "twhost/errors.h"

@@ -1,6 +1,6 @@
 // Escape translation. Warnings, not errors: a user who writes "\q" still gets
 // the text ahead of it printed, which is what they most likely wanted to see.
-#include "escapes.h"
+#include "fileio/escapes.h"
 
 #include "twhost/errors.h"
 #include "twhost/text.h"

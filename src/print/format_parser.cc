@@ -1,6 +1,6 @@
 #include "format_parser.h"
 
-#include "escapes.h"
+#include "fileio/escapes.h"
 #include "twhost/stream_errors.h"
 #include "twhost/text.h"
 

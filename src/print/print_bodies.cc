@@ -5,8 +5,8 @@
 // for ferror (fprintf), or as the second output (sprintf), after whatever was
 // printed before the fault. Only wrong argument classes raise, before any output.
 #include "bodies.h"
-#include "escapes.h"
 #include "fileio/error_text.h"
+#include "fileio/escapes.h"
 #include "fileio/file_manager.h"
 #include "fileio/string_streams.h"
 #include "format_runner.h"

@@ -6,8 +6,8 @@
 // a wrapped format, that is no fault, and a row that fails does not stop the
 // rows after it.
 #include "bodies.h"
-#include "escapes.h"
 #include "fileio/error_text.h"
+#include "fileio/escapes.h"
 #include "fileio/string_streams.h"
 #include "format_parser.h"
 #include "print_inputs.h"

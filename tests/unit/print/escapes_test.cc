@@ -1,7 +1,7 @@
 // Escape translation and the integer reader it shares with the parser.
 #include <gtest/gtest.h>
 
-#include "print/escapes.h"
+#include "fileio/escapes.h"
 #include "print_test_support.h"
 #include "twhost/text.h"
 

@@ -1,5 +1,6 @@
 // Backslash escapes of print and scan formats, and the integer reader they
-// share with the format parser.
+// share with the format parsers. Built in the print area; the scan area uses
+// them too, which is why they are declared here.
 #pragma once
 
 #include <cstdint>
