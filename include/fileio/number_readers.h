@@ -62,6 +62,11 @@ uint64_t readSigned(ByteSource& in, int width, int& error, bool& negative);
 // The base the text gives: "0x" hexadecimal, "0" octal, else decimal.
 uint64_t readAnyBase(ByteSource& in, int width, int& error, bool& negative);
 double readDouble(ByteSource& in, int width, int& status);
+// Takes what every reader above skips ahead of a number (white space, and
+// zero bytes on strings), in one begin() ... commit(); true when the input
+// ends there. A scan asks it first to tell the end of its input, where a
+// reader would report a failure or, on strings, 0, from a bad number.
+bool skipToNumber(ByteSource& in);
 
 // The same on a stream's source. A stream without one (the screen, the
 // output of sprintf) raises "KORVAN:legacy_two_part:notimplemented_mx".

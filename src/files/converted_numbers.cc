@@ -39,16 +39,6 @@ char16_t peekUnit(const unsigned char* p, const unsigned char* end, size_t& leng
   return b;
 }
 
-// Zero bytes and white space separate the values of sscanf: takes them.
-void skipSeparators(ByteSource& in) {
-  while (in.next < in.end) {
-    size_t len = 1;
-    char16_t u = *in.next == '\0' ? u' ' : peekUnit(in.next, in.end, len);
-    if (!twu_isspace(u)) break;
-    in.next += len;
-  }
-}
-
 // The field of a conversion: the width, or `longest` without one, and
 // never more than `longest`, which the buffer holds.
 size_t fieldLimit(int width, size_t longest) {
@@ -68,7 +58,24 @@ bool isDigitOf(unsigned char c, int base) {
   return c >= '0' && c < (base == 8 ? '8' : '0' + 10);
 }
 
+// The base that a text without one gives itself: "0x" hexadecimal, "0"
+// octal, else decimal.
+int baseOfText(const char* text) {
+  if (*text == '-' || *text == '+') ++text;
+  if (text[0] != '0') return 10;
+  return (text[1] == 'x' || text[1] == 'X') ? 16 : 8;
+}
+
 }  // namespace
+
+void skipSeparators(ByteSource& in) {
+  while (in.next < in.end) {
+    size_t len = 1;
+    char16_t u = *in.next == '\0' ? u' ' : peekUnit(in.next, in.end, len);
+    if (!twu_isspace(u)) break;
+    in.next += len;
+  }
+}
 
 uint64_t convertInteger(ByteSource& in, int base, bool isSigned, int width, int& error,
                         bool& negative) {
@@ -100,9 +107,12 @@ uint64_t convertInteger(ByteSource& in, int base, bool isSigned, int width, int&
     return 0;
   }
   in.next += stop - text;
-  // A number longer than the field taken is taken whole.
-  if (width < 0) {
-    while (in.next < in.end && isDigitOf(*in.next, base)) ++in.next;
+  // A number longer than the field taken is taken whole. Only a number
+  // that filled the field goes on: one that ended inside it ended for good
+  // ("019" read in base 0 is the octal 01, and the 9 stays).
+  if (width < 0 && static_cast<size_t>(stop - text) == kIntegerField) {
+    const int digits = base != 0 ? base : baseOfText(text);
+    while (in.next < in.end && isDigitOf(*in.next, digits)) ++in.next;
   }
   in.commit();
   return value;

@@ -46,6 +46,19 @@ double readDouble(ByteSource& in, int width, int& status) {
                                                       : convertDouble(in, width, status);
 }
 
+bool skipToNumber(ByteSource& in) {
+  in.begin();
+  bool ended;
+  if (in.rules == ByteSource::NumberRules::Scanner) {
+    ended = skipSpace(in) == ByteSource::kEnd;
+  } else {
+    skipSeparators(in);
+    ended = in.next == in.end;
+  }
+  in.commit();
+  return ended;
+}
+
 uint64_t readOctal(stream& s, int width, int& error, bool& negative) {
   return readOctal(sourceOf(s), width, error, negative);
 }

@@ -18,6 +18,12 @@ uint64_t convertInteger(ByteSource& in, int base, bool isSigned, int width, int&
                         bool& negative);
 double convertDouble(ByteSource& in, int width, int& status);
 
+// The white space the scanner skips ahead of a number, taken: the first
+// byte after it, not taken, or ByteSource::kEnd at the end of input.
+int skipSpace(ByteSource& in);
+// Zero bytes and white space separate the values of sscanf: takes them.
+void skipSeparators(ByteSource& in);
+
 // The C locale's white space, which the scanner skips: the library never
 // changes the character classes of the process.
 constexpr bool isScannerSpace(int c) {

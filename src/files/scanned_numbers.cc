@@ -43,17 +43,6 @@ constexpr bool isDigitOf(int c, int base) {
   return base == 8 ? c >= '0' && c <= '7' : base == 16 ? isHexDigit(c) : isDecimalDigit(c);
 }
 
-// The first byte that is not white space, not taken; kEnd at the end.
-int skipSpace(ByteSource& in) {
-  for (;;) {
-    while (in.next != in.end) {
-      if (!isScannerSpace(*in.next)) return *in.next;
-      ++in.next;
-    }
-    if (!in.refill()) return kEnd;
-  }
-}
-
 // The characters of a double as the scanner gathers them: on the stack,
 // and on the heap only past kLocal characters.
 class Token {
@@ -151,6 +140,16 @@ bool gatherDouble(ByteSource& in, int c, bool signTaken, int64_t width, Token& t
 }
 
 }  // namespace
+
+int skipSpace(ByteSource& in) {
+  for (;;) {
+    while (in.next != in.end) {
+      if (!isScannerSpace(*in.next)) return *in.next;
+      ++in.next;
+    }
+    if (!in.refill()) return kEnd;
+  }
+}
 
 uint64_t scanInteger(ByteSource& in, int base, bool isSigned, int width, int& error,
                      bool& negative) {
