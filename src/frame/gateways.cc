@@ -8,6 +8,7 @@
 #include "gateways.h"
 #include "not_built_yet.h"
 #include "print/bodies.h"
+#include "scan/bodies.h"
 #include "textscan/bodies.h"
 #include "transfer/bodies.h"
 #include "twhost/errors.h"
@@ -55,9 +56,9 @@ const BuiltinEntry kBuiltinEntries[16] = {
     gateway<kSlotFclose, fcloseBody>,
     gateway<kSlotFread, freadBody>,
     gateway<kSlotFwrite, fwriteBody>,
-    gateway<kSlotFscanf, notBuiltYet<kSlotFscanf>>,
+    gateway<kSlotFscanf, fscanfBody>,
     gateway<kSlotFprintf, fprintfBody>,
-    gateway<kSlotSscanf, notBuiltYet<kSlotSscanf>>,
+    gateway<kSlotSscanf, sscanfBody>,
     gateway<kSlotSprintf, sprintfBody>,
     gateway<kSlotSprintfc, sprintfcBody>,
     gateway<kSlotFgets, fgetsBody>,
