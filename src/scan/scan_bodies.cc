@@ -8,6 +8,7 @@
 #include <string>
 
 #include "bodies.h"
+#include "fast_scan.h"
 #include "fileio/error_text.h"
 #include "fileio/escapes.h"
 #include "fileio/file_manager.h"
@@ -53,6 +54,26 @@ ScanOutcome scanGeneral(const ustring& format, stream& s, const ScanSize& size) 
   return out;
 }
 
+ScanOutcome fromFast(const FastOutcome& fast) {
+  ScanOutcome out;
+  out.block = fast.block;
+  out.total = out.count = fast.total;
+  out.cls = fast.cls;
+  out.error = fast.error;
+  out.normalEnd = fast.normalEnd;
+  return out;
+}
+
+// The format parsed for a look at its shape.
+struct ParsedFormat {
+  explicit ParsedFormat(const ustring& format) : parser(format) {
+    parser.parseFormat();
+    plan = planFastScan(parser);
+  }
+  scanFormatParser parser;
+  FastPlan plan;
+};
+
 bool canRead(const twAbsFile& file) {
   return file.permission.read || file.permission.update;
 }
@@ -94,7 +115,10 @@ int fscanfBody(int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
   }
   // The state reported is this call's own.
   s->errorCode = 0;
-  ScanOutcome out = scanGeneral<fscanfScanControl>(format, *s, size);
+  ParsedFormat parsed(format);
+  ScanOutcome out = parsed.plan.eligible
+                        ? fromFast(fastScanStream(parsed.plan, parsed.parser, *s, size))
+                        : scanGeneral<fscanfScanControl>(format, *s, size);
   file->lastError = out.error;
   if (!out.normalEnd) {
     if (out.total == 0 && !canRead(*file)) {
@@ -126,6 +150,15 @@ int sscanfBody(int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
     return escapesFailed ? 1 : 0;
   }
 
+  ParsedFormat parsed(format);
+  if (parsed.plan.eligible) {
+    size_t consumed = 0;
+    const ScanOutcome out = fromFast(fastScanText(parsed.plan, kxGetChars(prhs[0]),
+                                                  kxGetNumberOfElements(prhs[0]), size, consumed));
+    plhs[0] = scanResultArray(out.block, out.total, out.cls, size);
+    giveRest(out.count, out.error, consumed + 1);
+    return escapesFailed ? 1 : 0;
+  }
   std::string text = kxArrayToUTF8StdString(prhs[0]);
   inputStringStream in(text.c_str(), text.size(), "UTF-8");
   ScanOutcome out = scanGeneral<sscanfScanControl>(format, in, size);
