@@ -11,14 +11,22 @@ namespace Tarnwicks::FileIO {
 
 namespace {
 
-// Values in one block grown by realloc, which moves a large block by
-// remapping its pages: growth copies nothing and only pages written become
-// resident, so the peak is the result itself. push() is an inline compare
-// and store; the block grows by doubling.
+// Values in one block. It starts at the most the input can hold, as far as
+// that is known: only pages written become resident, so the room never
+// used costs address space alone, and the block never moves while it
+// fills. Past that it grows by doubling through realloc, which moves a
+// large block by remapping its pages, without a copy. release() gives back
+// the room not used the same way. push() is an inline compare and store.
 template <class T>
 class GrowingBlock {
  public:
-  GrowingBlock() = default;
+  // `expected`: the most elements the input can give, 0 when unknown.
+  explicit GrowingBlock(size_t expected) {
+    if (expected > kFirst) {
+      capacity_ = std::min(expected, kMostReserved);
+      data_ = static_cast<T*>(kxReallocExCheck(nullptr, capacity_ * sizeof(T)));
+    }
+  }
   ~GrowingBlock() { kxFreeEx(data_); }
   GrowingBlock(const GrowingBlock&) = delete;
   GrowingBlock& operator=(const GrowingBlock&) = delete;
@@ -40,6 +48,9 @@ class GrowingBlock {
 
  private:
   static constexpr size_t kFirst = 4096;
+  // The most reserved up front: 1 GiB of doubles. A larger input grows from
+  // there, by remapping.
+  static constexpr size_t kMostReserved = size_t{1} << 27;
   void grow() {
     capacity_ = std::max(kFirst, capacity_ * 2);
     data_ = static_cast<T*>(kxReallocExCheck(data_, capacity_ * sizeof(T)));
@@ -54,7 +65,11 @@ class GrowingBlock {
 // skipToNumber(), read<F>(value, code) and literal(index).
 template <class F, class Stored, class Source>
 FastOutcome runPlan(const FastPlan& plan, Source& in, const ScanSize& size) {
-  GrowingBlock<Stored> out;
+  // A number takes at least one character, and two in a row at least one
+  // more between them: an input of n characters holds (n + 1) / 2 at most.
+  size_t expected = in.inputLeft() == 0 ? 0 : (in.inputLeft() + 1) / 2;
+  if (!size.unlimited) expected = std::min<uint64_t>(expected, size.limit());
+  GrowingBlock<Stored> out(expected);
   FastOutcome outcome;
   outcome.cls = F::kResultClass;
   const size_t pieces = plan.literal.size();
@@ -152,7 +167,7 @@ FastOutcome withFunctor(const FastPlan& plan, Run&& run) {
 // sscanf's text as a Source.
 class TextSource {
  public:
-  TextSource(const char16_t* text, size_t n) : units_(text, n) {}
+  TextSource(const char16_t* text, size_t n) : units_(text, n), left_(n) {}
   bool skipToNumber() { return units_.skipToNumber(); }
   template <class F>
   bool read(typename F::value_type& value, int& code) {
@@ -160,9 +175,11 @@ class TextSource {
   }
   void literal(size_t) { units_.skipSpace(); }
   size_t consumed() const { return units_.consumed(); }
+  size_t inputLeft() const { return left_; }
 
  private:
   UnitNumbers units_;
+  size_t left_;
 };
 
 // A stream as a Source: numbers by the readers on its ByteSource, as the
@@ -180,6 +197,17 @@ class StreamSource {
     int code = 0;
     bool failed = false;
     format_.pieceAt(index, code)->read(stream_, unused_, true, failed, code);
+  }
+  // The bytes from here to the end of a file; 0 when unknown.
+  size_t inputLeft() {
+    // Asking is no part of the scan: a medium without a size or position
+    // (a pipe) leaves no error behind.
+    const int kept = stream_.errorCode;
+    int64_t size = 0, position = 0;
+    const bool known =
+        stream_.getFileSize(size) && stream_.getPosition(position) == 0 && size >= position;
+    stream_.errorCode = kept;
+    return known ? static_cast<size_t>(size - position) : 0;
   }
 
  private:
