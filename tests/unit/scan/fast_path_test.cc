@@ -10,67 +10,16 @@
 #include <string>
 #include <vector>
 
-#include "fileio/file_stream.h"
-#include "fileio/string_streams.h"
 #include "scan/fast_scan.h"
-#include "scan/scan_control.h"
+#include "scan/scan_paths.h"
 #include "scan_test_support.h"
-#include "twhost/kx_memory.h"
 #include "twhost/text.h"
 
 namespace {
 
 using namespace Tarnwicks::FileIO;
 
-struct Raw {
-  std::vector<unsigned char> bytes;
-  kxClassID cls = kxUNKNOWN_CLASS;
-  uint64_t count = 0;
-  int error = 0;
-  bool normalEnd = false;
-  size_t position = 0;  // units (texts) or bytes (files) read
-};
-
-void takeBlock(Raw& r, void* block, size_t total) {
-  const size_t n = total * kxClassElementSize(r.cls);
-  r.bytes.assign(static_cast<unsigned char*>(block), static_cast<unsigned char*>(block) + n);
-  kxFreeEx(block);
-}
-
-size_t unitsOfUtf8(const std::string& s, size_t bytes) {
-  size_t units = 0;
-  for (size_t i = 0; i < bytes; ++i) {
-    auto b = static_cast<unsigned char>(s[i]);
-    if ((b & 0xC0) != 0x80) units += b >= 0xF0 ? 2 : 1;
-  }
-  return units;
-}
-
-template <class Control>
-Raw general(const ustring& format, stream& s, const ScanSize& size) {
-  Raw r;
-  r.count = size.limit();
-  Control control(format, s, &r.count, size.unlimited);
-  r.normalEnd = control.scan();
-  r.error = control.scanError;
-  r.cls = control.buffer().getClassId();
-  size_t total = 0;
-  void* block = control.buffer().takeJoined(total);
-  takeBlock(r, block, total);
-  return r;
-}
-
-Raw fromFast(const FastOutcome& f) {
-  Raw r;
-  r.cls = f.cls;
-  r.count = f.total;
-  r.error = f.error;
-  r.normalEnd = f.normalEnd;
-  takeBlock(r, f.block, f.total);
-  return r;
-}
-
-void expectSame(const Raw& fast, const Raw& slow, const std::string& what) {
+void expectSame(const ScanRun& fast, const ScanRun& slow, const std::string& what) {
   EXPECT_EQ(fast.bytes, slow.bytes) << what;
   EXPECT_EQ(fast.cls, slow.cls) << what;
   EXPECT_EQ(fast.count, slow.count) << what;
@@ -173,16 +122,9 @@ TEST(FastPath, AgreesWithTheGeneralPathOnTexts) {
     const ustring format = kFormats[rng() % std::size(kFormats)];
     const ustring text = randomText(rng);
     const ScanSize size = randomSize(rng);
-    scanFormatParser parser(format);
-    parser.parseFormat();
-    size_t consumed = 0;
-    Raw fast =
-        fromFast(fastScanText(planFastScan(parser), text.data(), text.size(), size, consumed));
-    fast.position = consumed;
+    const ScanRun fast = scanTextFast(format, text, size);
+    const ScanRun slow = scanTextGeneral(format, text, size);
     const std::string utf8 = fl::i18n::to_string(text);
-    inputStringStream in(utf8.data(), utf8.size());
-    Raw slow = general<sscanfScanControl>(format, in, size);
-    slow.position = unitsOfUtf8(utf8, static_cast<size_t>(in.current - in.begin));
     expectSame(fast, slow, "'" + utf8 + "' with '" + fl::i18n::to_string(format) + "'");
     if (HasFailure()) break;
     values += slow.count;
@@ -191,29 +133,13 @@ TEST(FastPath, AgreesWithTheGeneralPathOnTexts) {
 }
 
 TEST(FastPath, AgreesWithTheGeneralPathOnFiles) {
-  static const FilePermission permission("r", 0);
   std::mt19937 rng(12);
   for (int i = 0; i < 3000; ++i) {
     const ustring format = kFormats[rng() % std::size(kFormats)];
     std::string bytes = fl::i18n::to_string(randomText(rng));
     const ScanSize size = randomSize(rng);
-    Raw results[2];
-    for (int fast = 0; fast < 2; ++fast) {
-      FILE* f = fmemopen(bytes.data(), bytes.size(), "r");
-      ASSERT_NE(f, nullptr);
-      {
-        fileStream s(f, "UTF-8", &permission);
-        if (fast) {
-          scanFormatParser parser(format);
-          parser.parseFormat();
-          results[fast] = fromFast(fastScanStream(planFastScan(parser), parser, s, size));
-        } else {
-          results[fast] = general<fscanfScanControl>(format, s, size);
-        }
-      }
-      results[fast].position = static_cast<size_t>(std::ftell(f));
-      std::fclose(f);
-    }
+    const ScanRun results[2] = {scanFileBytes(format, bytes, size, false),
+                                scanFileBytes(format, bytes, size, true)};
     expectSame(results[1], results[0],
                "'" + bytes + "' with '" + fl::i18n::to_string(format) + "'");
     if (HasFailure()) break;
