@@ -39,7 +39,12 @@ template <class S>
 class RowLoop {
  public:
   RowLoop(ReadPlan& plan, S& s, const ReadContext& ctx, Options& options)
-      : plan_(plan), s_(s), ctx_(ctx), options_(options) {}
+      : plan_(plan),
+        s_(s),
+        ctx_(ctx),
+        options_(options),
+        singleDelimiters_(ctx.hasDelimiters && !ctx.hasLongDelimiters && !ctx.multipleDelimsAsOne) {
+  }
 
   LoopEnd readRows() {
     for (;;) {
@@ -114,6 +119,13 @@ class RowLoop {
         if (!readField(r, column)) return false;
       }
       ++currentField_;
+      // The common case after a field: one single-unit delimiter and
+      // nothing else special, which the loop below would pass the same way.
+      if (singleDelimiters_ && s_.buffered() > 0 &&
+          ctx_.classOf(S::unit(here()[0])) == kDelimiterStart) {
+        s_.advance(1);
+        continue;
+      }
       for (;;) {
         passCommentsAndWhitespace();
         size_t d = ctx_.hasDelimiters ? ctx_.matchDelimiter(s_) : 0;
@@ -248,6 +260,8 @@ class RowLoop {
   S& s_;
   const ReadContext& ctx_;
   Options& options_;
+  // Every delimiter is one unit long and a run of them is no one delimiter.
+  const bool singleDelimiters_;
   size_t currentField_ = 0;
 };
 
