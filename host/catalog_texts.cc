@@ -189,10 +189,12 @@ const CatalogText kCatalogTexts[] = {
      "The file could not be moved to the requested position; the system refused the move."},
     {"KORVAN:FileIO:FseekFailedSkip", "The bytes to skip could not be skipped in the file."},
     {"KORVAN:FileIO:InvalidChar",
-     "The input holds a byte sequence that is not valid in the file's encoding."},
+     "A character has no form in the file's encoding, or bytes read stand for no character; a "
+     "substitute stands in its place."},
     {"KORVAN:FileIO:TruncatedChar", "The input ends in the middle of a character."},
     {"KORVAN:FileIO:IllegalChar",
-     "The text holds a character that the file's encoding cannot represent."},
+     "The text is ill-formed (a lone surrogate, or bytes not valid in the file's encoding); a "
+     "substitute stands in its place."},
     {"KORVAN:FileIO:InvalidTableFormat", "The conversion table of the encoding cannot be used."},
     {"KORVAN:FileIO:BufferOverflow", "A buffer was too small for the converted text."},
     {"KORVAN:FileIO:UnknownError", "An error of unknown cause occurred."},
@@ -215,6 +217,8 @@ const CatalogText kCatalogTexts[] = {
     {"KORVAN:legacy_two_part:notimplemented_mx", "This operation is not available for this file."},
 
     // ---- fopen ----
+    {"KORVAN:fclose:DataNotWritten",
+     "Closing '{0}' failed, and data written to it may be lost: {1}"},
     {"KORVAN:fopen:NotScalarIntValued", "The file identifier must be a whole-number scalar."},
     {"KORVAN:fopen:NotVectorChar", "The file name must be a character vector."},
     {"KORVAN:fopen:InvalidInput", "The arguments given to fopen are not valid."},
@@ -224,7 +228,10 @@ const CatalogText kCatalogTexts[] = {
     {"KORVAN:fopen:ConflictingExclusiveFileModes",
      "The permission may ask for only one of reading ('r'), writing ('w', 'W') and appending "
      "('a', 'A')."},
-    {"KORVAN:fopen:EncodingString", "The encoding must be given as a character vector."},
+    {"KORVAN:fopen:EncodingString",
+     "The encoding must be given as a character vector, without NUL characters."},
+    {"KORVAN:fopen:NulInName",
+     "The file name holds a NUL character (char(0)), which no file name can hold."},
     {"KORVAN:fopen:InvalidCharacter",
      "The file name holds characters that the file system cannot represent."},
 

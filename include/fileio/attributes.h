@@ -50,6 +50,16 @@ inline constexpr char dfltAttrEmpty[] = "";
 inline constexpr char dfltPermValue[] = "r";
 inline constexpr char dfltPrecVal[] = "uchar";
 
+// True when the char array `a` holds a NUL character.
+inline bool holdsNul(const kxArray* a) {
+  const auto* units = static_cast<const char16_t*>(kxGetData(a));
+  const size_t n = kxGetNumberOfElements(a);
+  for (size_t i = 0; i < n; ++i) {
+    if (units[i] == 0) return true;
+  }
+  return false;
+}
+
 // A text attribute. `Default` is the text it holds until something is parsed;
 // `Tag` names the error that validate() raises for an unusable value.
 template <const char* Default, class Tag>
@@ -70,8 +80,10 @@ class CharAttrValidator {
 
   // Loads from an argument: a non-char array makes the attribute invalid
   // without looking further; otherwise its UTF-8 text goes through parse().
+  // A text holding a NUL is not usable either: the C text made from it
+  // would end there and mean something else.
   void load(const kxArray* a) {
-    if (a == nullptr || !kxIsChar(a)) {
+    if (a == nullptr || !kxIsChar(a) || holdsNul(a)) {
       valid = false;
       return;
     }

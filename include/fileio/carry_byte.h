@@ -26,6 +26,10 @@ class CarryByte {
 
   // Ends bit transfers: flushes a held part-byte. False when that failed.
   bool finish();
+  // finish() when the file closes. In append mode without "+" the part-byte
+  // stands at the end of the file, where there is nothing to keep, so it
+  // goes out with zeros in the bits it lacks instead of failing.
+  bool finishOnClose();
   // Writes a held part-byte (writing mode only), merged with the byte that
   // stands at that place in the file. False when the write failed.
   bool flushBits();

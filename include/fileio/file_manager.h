@@ -44,7 +44,10 @@ class FileMgr {
   int open(const ustring& name, const FilePermission& permission,
            const MachineFormat& machineFormat, const EncodingAttribute& encoding, int& error);
   // Closes a live user file; false for standard or unknown fids and for a
-  // failed close. The fid is vacated whatever the result.
+  // failed close. The fid is vacated whatever the result. A failed close
+  // (data still buffered that the system refused) warns
+  // "KORVAN:fclose:DataNotWritten" with the file's name and the system's
+  // reason, since the fid that ferror would ask about is gone.
   bool close(int fid);
   // Closes every live user file; false if any close failed.
   bool closeAll();

@@ -57,6 +57,9 @@ class fileStream : public TcodnStream {
   int readLine(int64_t limit, OutputBuffer& buffer) override;
   int setPosition(int64_t pos) override;
   bool getFileSize(int64_t& size) override;
+  // Regular files only: a seek, or in append mode a truncation upwards
+  // (appended writes go to the end whatever the position).
+  MoveResult moveBeyondEnd(int64_t target) override;
   bool hasFile() override { return file != nullptr; }
   int flush() override;
   void clearError() override;
@@ -74,6 +77,11 @@ class fileStream : public TcodnStream {
   // Sets errorCode from errno, else NoHelp when the C stream has its error flag,
   // else 0 (end of file alone is no error).
   void recordState();
+  // The same after a read; a read that failed with an error (a folder, a
+  // file open for writing only) also counts as the end of the input, so
+  // that a loop until feof ends. clearError() forgets it.
+  void recordReadState();
+  bool readHasFailed() const { return readFailed; }
 
  protected:
   // readLine one character at a time, every character through readChars():
@@ -87,6 +95,7 @@ class fileStream : public TcodnStream {
   FILE* file;
   const FilePermission* permission;
   uint8_t lastByte = 0;
+  bool readFailed = false;
   std::unique_ptr<CarryByte> carry;
   FileBytes source{*this};
 

@@ -36,6 +36,13 @@ inline int errnoOr(StreamError fallback) {
   return errno != 0 ? errno : code(fallback);
 }
 
+// True for the codes of text that the encoding could not carry as it
+// stood (InvalidChar to UnknownError): the text went on with a substitute,
+// and the code is what the user is told.
+inline bool isTextFault(int c) {
+  return c <= code(StreamError::InvalidChar) && c >= code(StreamError::UnknownError);
+}
+
 class stream {
  public:
   stream() = default;
@@ -64,6 +71,13 @@ class stream {
   virtual int setPosition(int64_t pos);
   // The size of the medium in bytes; false when it can't be had.
   virtual bool getFileSize(int64_t& size);
+  // Moves to `target`, at or past the end, so that the next write leaves a
+  // hole that reads as zeros and takes no room on the disk. kMoved when
+  // done; kCannotMove when the medium can't (a pipe, a device: the caller
+  // writes the zeros); kMoveFailed with errorCode set (EFBIG for a target
+  // beyond the largest file the system allows).
+  enum MoveResult { kMoved, kCannotMove, kMoveFailed };
+  virtual MoveResult moveBeyondEnd(int64_t /*target*/) { return kCannotMove; }
 
   // ---- text ----------------------------------------------------------------
   // Writes UTF-16 units encoded in the stream's encoding; returns the units

@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "fileio/safe_sized_string.h"
 #include "fileio/stream.h"
@@ -37,11 +38,24 @@ class TcodnStream : public stream {
   // "KORVAN:iofun:InvalidEncoding" (or InvalidDefaultEncoding for the
   // default) with the name when ICU can't open it. Sets LC_NUMERIC to "C".
   explicit TcodnStream(const char* encoding);
+  // Raises as the constructor would when ICU can't open `encoding`: the
+  // check a caller makes before it touches anything it can't undo.
+  static void requireConverter(const char* encoding);
   ~TcodnStream() override;
 
   // UTF-16 units out in the stream's encoding, through write(). "UTF-16"
   // passes the units through as they stand (machine order, no mark).
+  // Returns the units consumed whose bytes all went out: every unit, unless
+  // the write came short. A character the encoding lacks, or a lone
+  // surrogate, goes out as the converter's substitute and sets errorCode
+  // (InvalidChar, IllegalChar); what follows it is written all the same. A
+  // lead surrogate at the end waits in the converter for its trail: the
+  // next writeChars continues it, and finishText() ends it.
   size_t writeChars(size_t count, const char16_t* chars) override;
+  // Ends a text write: a lead surrogate still waiting goes out as the
+  // substitute, with its code. Called at the end of every writing call and
+  // before any bytes that bypass the converter.
+  void finishText();
   TcodnStream* textLayer() override { return this; }
 
   // The converter's canonical name as ICU gives it ("UTF-8",
@@ -93,6 +107,9 @@ class TcodnStream : public stream {
   bool isSingleByteClean = false;
   bool isUtf16 = false;
   SafeSizedStringT<char> outBytes;
+  std::vector<int32_t> outOffsets;  // for each byte of outBytes, its unit
+  bool textPending = false;         // the converter holds a lead surrogate
+  bool statefulEncoding = false;    // shift states: flushed after each write
   SafeSizedStringT<char16_t> wideOut;
   bool usedDefault = false;
   FastDecoder fast;

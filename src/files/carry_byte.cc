@@ -27,6 +27,18 @@ bool CarryByte::finish() {
   return true;
 }
 
+bool CarryByte::finishOnClose() {
+  const bool appendOnly = permission != nullptr && permission->append && !permission->update;
+  if (active && mode == 1 && bitCount != 0 && appendOnly) {
+    if (owner->write(1, &bits, 1) != 1) return false;
+    bits = 0;
+    bitCount = 0;
+    active = false;
+    return true;
+  }
+  return finish();
+}
+
 bool CarryByte::flushBits() {
   if (mode != 1 || bitCount == 0) return true;
   uint8_t merged = bits;

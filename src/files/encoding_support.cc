@@ -34,6 +34,10 @@ std::string standardEncodingName(const char* icuName) {
   return icuName;
 }
 
+std::span<const char* const> supportedEncodings() {
+  return kSupported;
+}
+
 bool isSupportedEncoding(const std::string& standardName) {
   for (const char* name : kSupported) {
     if (strcasecmp(name, standardName.c_str()) == 0) return true;

@@ -2,6 +2,7 @@
 // work through ICU, but fopen warns about them.
 #pragma once
 
+#include <span>
 #include <string>
 
 namespace Tarnwicks::FileIO {
@@ -12,5 +13,7 @@ std::string standardEncodingName(const char* icuName);
 // True for the encodings of the supported list, by standard name, compared
 // without case.
 bool isSupportedEncoding(const std::string& standardName);
+// The standard names of the supported list.
+std::span<const char* const> supportedEncodings();
 
 }  // namespace Tarnwicks::FileIO

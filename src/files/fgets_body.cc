@@ -34,10 +34,15 @@ int fgetsBody(int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
     return 0;
   }
   OutputBuffer line(kxCHAR_CLASS, 1024, 64, 8388608);
+  s->errorCode = 0;
   int terminator = s->readLine(limit, line);
   if (terminator != 0) file->lastError = 0;
   bool nonEmpty = !line.empty();
-  if (nonEmpty && !file->permission.read) {
+  if (!nonEmpty && s->readHasFailed() && s->errorCode != 0) {
+    // Nothing can be read (a folder, a file open for writing only): the
+    // system's reason, and -1 as at the end, so that a reading loop ends.
+    file->lastError = s->errorCode;
+  } else if (nonEmpty && !file->permission.read) {
     file->lastError = code(StreamError::IsOpenRead);
   } else if (s->atEnd()) {
     file->lastError = code(StreamError::EndOfFile);

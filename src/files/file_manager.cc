@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "fileio/screen_streams.h"
+#include "twhost/catalog.h"
 #include "twhost/errors.h"
 
 namespace Tarnwicks::FileIO {
@@ -90,6 +91,11 @@ bool FileMgr::close(int fid) {
   auto it = files.find(fid);
   if (it == files.end() || it->second == nullptr || fid < firstUserFid) return false;
   bool closed = it->second->close();
+  if (!closed) {
+    twAbsFile& file = *it->second;
+    kxWarningMsgId(
+        kxMsg("KORVAN:fclose", "DataNotWritten", file.name, kxStreamErrorText(file.lastError)));
+  }
   it->second.reset();
   --openCount;
   return closed;

@@ -5,6 +5,7 @@
 #include <stdio_ext.h>
 #include <sys/stat.h>
 #include <unicode/ucnv.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -42,6 +43,11 @@ void fileStream::recordState() {
   }
 }
 
+void fileStream::recordReadState() {
+  recordState();
+  if (errorCode > 0) readFailed = true;
+}
+
 size_t fileStream::read(size_t count, void* buffer, size_t size) {
   if (count == 0 || size == 0) return 0;
   auto* bytes = static_cast<unsigned char*>(buffer);
@@ -51,7 +57,7 @@ size_t fileStream::read(size_t count, void* buffer, size_t size) {
   if (count == 1 && size == 1) {
     int c = getc_unlocked(file);
     if (c == EOF) {
-      recordState();
+      recordReadState();
       return 0;
     }
     bytes[0] = static_cast<unsigned char>(c);
@@ -72,7 +78,7 @@ size_t fileStream::read(size_t count, void* buffer, size_t size) {
     got += n;
     if (n < rest) shortRead = true;
   }
-  if (shortRead) recordState();
+  if (shortRead) recordReadState();
   // The byte at index got - 1: what unread(1) gives back after a byte read.
   if (got) lastByte = bytes[got - 1];
   return got;
@@ -80,6 +86,8 @@ size_t fileStream::read(size_t count, void* buffer, size_t size) {
 
 size_t fileStream::write(size_t count, const void* buffer, size_t size) {
   if (count == 0 || size == 0) return 0;
+  // Bytes that bypass the converter come after what it still holds.
+  if (textPending) finishText();
   const auto* bytes = static_cast<const unsigned char*>(buffer);
   const size_t chunk = std::max<size_t>(kChunkBytes / size, 1);
   errno = 0;
@@ -110,7 +118,7 @@ int fileStream::vformat(const char* format, va_list* args) {
 }
 
 bool fileStream::atEnd() {
-  return file != nullptr && feof(file);
+  return file != nullptr && (feof(file) || readFailed);
 }
 
 bool fileStream::unread(int64_t n) {
@@ -166,6 +174,27 @@ bool fileStream::getFileSize(int64_t& size) {
   return true;
 }
 
+stream::MoveResult fileStream::moveBeyondEnd(int64_t target) {
+  struct stat st;
+  if (fstat(fileno(file), &st) != 0 || !S_ISREG(st.st_mode)) return kCannotMove;
+  errno = 0;
+  if (fflush(file) != 0) {
+    recordState();
+    return kMoveFailed;
+  }
+  const bool appending = permission != nullptr && permission->append;
+  if (target > st.st_size && appending && ftruncate(fileno(file), target) != 0) {
+    errorCode = errno == EINVAL ? EFBIG : errnoOr(StreamError::FseekFailedSkip);
+    return kMoveFailed;
+  }
+  if (fseeko(file, target, SEEK_SET) != 0) {
+    // A position the file system can't give a file is a file too large.
+    errorCode = errno == EINVAL ? EFBIG : errnoOr(StreamError::FseekFailedSkip);
+    return kMoveFailed;
+  }
+  return kMoved;
+}
+
 void fileStream::reserveSpace(uint64_t bytes) {
   // Below a mebibyte the file system keeps up on its own.
   constexpr uint64_t kReserveFrom = 1048576;
@@ -190,6 +219,7 @@ int fileStream::flush() {
 void fileStream::clearError() {
   if (file) clearerr(file);
   errorCode = 0;
+  readFailed = false;
 }
 
 void fileStream::checkEncoding() {

@@ -44,6 +44,8 @@ int openNamedFile(int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
   if (nrhs >= 3) machineFormat.load(prhs[2]);
   if (nrhs >= 2) permission.load(prhs[1]);
 
+  // The system would take the name only up to a NUL: another file.
+  if (holdsNul(prhs[0])) kxThrowId("KORVAN:fopen", "NulInName");
   ustring name = matrix::get_ustring(prhs[0]);
   try {
     fl::filesystem::to_filesystem(name);

@@ -104,7 +104,7 @@ int fileStream::readLine(int64_t limit, OutputBuffer& buffer) {
       errno = 0;
       if (!in.refill()) {
         // As a short read would: the end of the file, or an error.
-        recordState();
+        recordReadState();
         return 0;
       }
       continue;
@@ -153,7 +153,7 @@ int fileStream::readLine(int64_t limit, OutputBuffer& buffer) {
       if (in.begin() == in.end()) {
         errno = 0;
         if (!in.refill()) {
-          recordState();  // as the read of the next character would
+          recordReadState();  // as the read of the next character would
           return 1;
         }
       }

@@ -94,22 +94,36 @@ void buildUtf8(FastDecoder& fast) {
 
 }  // namespace
 
-TcodnStream::TcodnStream(const char* encoding) : inBytes(2) {
-  setlocale(LC_NUMERIC, "C");
+namespace {
+
+// The converter of `encoding` ("" or null: the host's default). Raises
+// InvalidEncoding, or InvalidDefaultEncoding for the default, with the name
+// when ICU can't open it.
+UConverter* openConverter(const char* encoding, bool& usedDefault) {
   const char* name = encoding;
-  if (name == nullptr || *name == '\0') {
-    name = svGetDefaultCharacterSet();
-    usedDefault = true;
-  }
+  usedDefault = name == nullptr || *name == '\0';
+  if (usedDefault) name = svGetDefaultCharacterSet();
   UErrorCode status = U_ZERO_ERROR;
-  converter = ucnv_open(name, &status);
+  UConverter* converter = ucnv_open(name, &status);
   if (status > U_ZERO_ERROR) {
     if (converter) ucnv_close(converter);
-    converter = nullptr;
     kxThrowId("KORVAN:iofun", usedDefault ? "InvalidDefaultEncoding" : "InvalidEncoding",
               std::string(name));
   }
-  status = U_ZERO_ERROR;
+  return converter;
+}
+
+}  // namespace
+
+void TcodnStream::requireConverter(const char* encoding) {
+  bool usedDefault = false;
+  ucnv_close(openConverter(encoding, usedDefault));
+}
+
+TcodnStream::TcodnStream(const char* encoding) : inBytes(2) {
+  setlocale(LC_NUMERIC, "C");
+  converter = openConverter(encoding, usedDefault);
+  UErrorCode status = U_ZERO_ERROR;
   const char* canonical = ucnv_getName(converter, &status);
   if (U_FAILURE(status) || canonical == nullptr) canonical = "";
   // Encodings in which every byte sequence stands for itself once decoded
@@ -123,6 +137,21 @@ TcodnStream::TcodnStream(const char* encoding) : inBytes(2) {
   status = U_ZERO_ERROR;
   ucnv_setToUCallBack(converter, recordToUnicode, this, nullptr, nullptr, &status);
   ucnv_setFromUCallBack(converter, recordFromUnicode, this, nullptr, nullptr, &status);
+
+  switch (ucnv_getType(converter)) {
+    case UCNV_ISO_2022:
+    case UCNV_EBCDIC_STATEFUL:
+    case UCNV_HZ:
+    case UCNV_SCSU:
+    case UCNV_BOCU1:
+    case UCNV_UTF7:
+    case UCNV_IMAP_MAILBOX:
+    case UCNV_LMBCS_1:
+      statefulEncoding = true;
+      break;
+    default:
+      statefulEncoding = false;
+  }
 
   if (strcasecmp(canonical, "UTF-8") == 0) {
     buildUtf8(fast);
@@ -285,31 +314,75 @@ size_t TcodnStream::readWord(OutputBuffer& buffer, int64_t maxChars) {
 size_t TcodnStream::writeChars(size_t count, const char16_t* chars) {
   if (chars == nullptr || count == 0) return 0;
   if (isUtf16) return write(count, chars, 2);
+  // A lead surrogate that the converter kept from the last call continues
+  // here; it is no longer waiting for the end of the write.
+  textPending = false;
+  // A lead surrogate at the end stays in the converter, for a trail that
+  // the next call may bring. A stateful encoding otherwise returns to its
+  // initial state at the end of each call, since bytes may follow that
+  // don't pass through the converter (numbers).
+  const bool flush = statefulEncoding && !isHighSurrogate(chars[count - 1]);
   const size_t maxSize = static_cast<size_t>(ucnv_getMaxCharSize(converter));
-  const size_t minSize = static_cast<size_t>(ucnv_getMinCharSize(converter));
-  outBytes.reserve(maxSize * (count + 10));
+  const size_t room = maxSize * (count + 10);
+  outBytes.reserve(room);
+  if (outOffsets.size() < outBytes.capacity) outOffsets.resize(outBytes.capacity);
   char* target = outBytes.data;
   char* const targetEnd = outBytes.data + outBytes.capacity;
-  const UChar* source = reinterpret_cast<const UChar*>(chars);
+  int32_t* offsets = outOffsets.data();
+  const UChar* const sourceStart = reinterpret_cast<const UChar*>(chars);
+  const UChar* source = sourceStart;
   const UChar* const sourceEnd = source + count;
   UErrorCode status = U_ZERO_ERROR;
   pendingStatus = 0;
   // ICU takes the target's length as a 32-bit count: huge texts go in spans.
+  // Offsets count from the source of each call; they are made absolute.
+  auto convert = [&](char* limit, bool last) {
+    char* from = target;
+    const UChar* base = source;
+    ucnv_fromUnicode(converter, &target, limit, &source, sourceEnd, offsets, last && flush,
+                     &status);
+    for (char* p = from; p < target; ++p, ++offsets) {
+      if (*offsets >= 0) *offsets += static_cast<int32_t>(base - sourceStart);
+    }
+  };
   constexpr size_t kSpan = 0x7fffffff;
   while (size_t(targetEnd - target) >= kSpan + 1 && source < sourceEnd && U_SUCCESS(status)) {
-    ucnv_fromUnicode(converter, &target, target + kSpan, &source, sourceEnd, nullptr, false,
-                     &status);
+    convert(target + kSpan, false);
     if (status == U_BUFFER_OVERFLOW_ERROR) status = U_ZERO_ERROR;
   }
-  if (U_SUCCESS(status)) {
-    ucnv_fromUnicode(converter, &target, targetEnd, &source, sourceEnd, nullptr, false, &status);
-  }
-  size_t bytes = static_cast<size_t>(target - outBytes.data);
-  size_t written = bytes ? write(bytes, outBytes.data, 1) : 0;
+  if (U_SUCCESS(status)) convert(targetEnd, true);
+  const size_t bytes = static_cast<size_t>(target - outBytes.data);
+  const size_t written = bytes ? write(bytes, outBytes.data, 1) : 0;
   recordStatus(pendingStatus);
   recordStatus(status);
-  if (maxSize != minSize) return written == bytes ? count : 0;
-  return written / minSize;
+  UErrorCode pendingCheck = U_ZERO_ERROR;
+  textPending = ucnv_fromUCountPending(converter, &pendingCheck) > 0;
+  const size_t consumed = static_cast<size_t>(source - sourceStart);
+  if (written == bytes) return consumed;
+  // The units whose bytes all went out: those before the unit of the first
+  // byte that did not. A byte of a character held from an earlier call
+  // (offset -1) means none of this call's did.
+  const int32_t first = outOffsets[written];
+  return first > 0 ? static_cast<size_t>(first) : 0;
+}
+
+void TcodnStream::finishText() {
+  if (!textPending || isUtf16) return;
+  textPending = false;
+  char bytes[32];
+  char* target = bytes;
+  const UChar* source = nullptr;
+  UErrorCode status = U_ZERO_ERROR;
+  pendingStatus = 0;
+  ucnv_fromUnicode(converter, &target, bytes + sizeof bytes, &source, source, nullptr, true,
+                   &status);
+  if (target > bytes) write(static_cast<size_t>(target - bytes), bytes, 1);
+  // What waited was a lead surrogate without its trail: ill-formed text,
+  // which ICU reports as cut short.
+  if (pendingStatus == U_TRUNCATED_CHAR_FOUND) pendingStatus = U_ILLEGAL_CHAR_FOUND;
+  if (status == U_TRUNCATED_CHAR_FOUND) status = U_ILLEGAL_CHAR_FOUND;
+  recordStatus(pendingStatus);
+  recordStatus(status);
 }
 
 }  // namespace Tarnwicks::FileIO

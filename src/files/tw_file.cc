@@ -23,7 +23,9 @@ twAbsFile::twAbsFile(const ustring& n, const FilePermission& perm, const Machine
 twAbsFile::~twAbsFile() = default;
 
 bool twAbsFile::endOfWrite() {
-  if (stream_ == nullptr || !stream_->hasFile() || !permission.autoFlush) return true;
+  if (stream_ == nullptr) return true;
+  stream_->finishText();
+  if (!stream_->hasFile() || !permission.autoFlush) return true;
   if (stream_->flush() != 0) {
     lastError = stream_->errorOr(StreamError::FlushError);
     return false;
@@ -32,6 +34,9 @@ bool twAbsFile::endOfWrite() {
 }
 
 bool twFile::open() {
+  // An encoding that can't be had must fail before a writing mode empties
+  // the file.
+  TcodnStream::requireConverter(encoding.value.c_str());
   name = kpTildeExpansion(name);
   int err = 0;
   FILE* f = nullptr;
@@ -72,13 +77,18 @@ bool twFile::open() {
 }
 
 bool twFile::close() {
-  if (stream_) stream_->getCarry().finish();
+  // What the carry and the encoder still hold goes into the C buffer, whose
+  // flush by fclose reports any failure.
+  if (stream_) {
+    stream_->getCarry().finishOnClose();
+    stream_->finishText();
+  }
   if (file == nullptr) return false;
   errno = 0;
   int r = fclose(file);
   file = nullptr;
   if (r != 0) {
-    lastError = errnoOr(StreamError::NoHelp);
+    lastError = errnoOr(StreamError::FlushError);
     return false;
   }
   if (permission.read) return true;

@@ -56,6 +56,7 @@ int fprintfBody(int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
   }
 
   out->bytesWritten = 0;
+  out->errorCode = 0;
   PrintSink sink(*out, PrintSink::Mode::Bytes, writesAsciiAsBytes(*out));
   PrintFormatRunner runner(format, sink, values, static_cast<uint64_t>(valueCount));
   bool ok = runner.run();
@@ -79,7 +80,8 @@ int fprintfBody(int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
   } else if (fault != 0) {
     file->lastError = fault;
   } else if (flushed) {
-    file->lastError = 0;
+    // Substituted characters were written; the user hears of them.
+    file->lastError = isTextFault(out->errorCode) ? out->errorCode : 0;
   }
   return (escapesFailed || !ok || !flushed) ? 1 : 0;
 }

@@ -91,7 +91,7 @@ bool FreadBitConvert::skipBits(bool bySeek, CarryByte& carry, int64_t wanted,
   carry.bitCount = 0;
   if (wanted == held) return true;
   const int64_t rest = wanted - held;
-  const int64_t need = (rest + 7) / 8;
+  const int64_t need = bytesCoveringBits(rest);
   uint8_t last = 0;
   if (bySeek) {
     int64_t position = 0;
@@ -99,7 +99,7 @@ bool FreadBitConvert::skipBits(bool bySeek, CarryByte& carry, int64_t wanted,
       status_ = input_.errorOr(StreamError::NoHelp);
       return false;
     }
-    int64_t target = std::min(position + need - 1, setup.fileSize);
+    int64_t target = std::min(positionPlus(position, need - 1), setup.fileSize);
     if (input_.setPosition(target) != 0 || input_.read(1, &last, 1) != 1) {
       status_ = input_.errorOr(StreamError::NoHelp);
       return false;

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "bit_fields.h"
+#include "byte_counts.h"
 #include "fileio/carry_byte.h"
 #include "fread_readers.h"
 
@@ -20,7 +21,7 @@ class FreadBitConvert : public FreadReader {
   using FreadReader::FreadReader;
   void transfer(const FreadSetup& setup) override;
   // The skip is in bits; in bytes it is rounded up.
-  int64_t skipLength() const override { return (request_.skip() + 7) / 8; }
+  int64_t skipLength() const override { return bytesCoveringBits(request_.skip()); }
 
  private:
   // Reads up to `n` fields into the result; returns those produced. A short

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "byte_counts.h"
 #include "byte_swap.h"
 #include "fileio/tcodn_stream.h"
 #include "twhost/kx_data.h"
@@ -162,7 +163,7 @@ bool FreadReader::skipBetween(const FreadSetup& setup) {
       status_ = input_.errorOr(StreamError::InternalError);
       return true;
     }
-    if (setup.fileSize < position + bytes) {
+    if (setup.fileSize < positionPlus(position, bytes)) {
       // Never seek beyond the end: stand at it, and let a read raise the
       // end-of-file state.
       input_.setPosition(setup.fileSize);

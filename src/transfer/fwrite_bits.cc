@@ -80,7 +80,7 @@ bool FwriteTransfer::writeFields(CarryByte& carry, size_t n, const BitLayout& la
 bool FwriteTransfer::skipBits(CarryByte& carry, int64_t bits) {
   const bool msb = carry.byteOrder == 1;
   const int held = carry.bitCount;
-  if (held + bits <= 8) {
+  if (bits <= 8 - held) {
     // The gap stays within the carry's byte: it keeps what the file holds.
     uint8_t byte = 0;
     if (!carry.fetchByte(byte)) {

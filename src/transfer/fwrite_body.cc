@@ -59,7 +59,8 @@ int fwriteBody(int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
     result = static_cast<double>(transfer.count);
     if (!failed) {
       if (file->endOfWrite()) {
-        file->lastError = 0;
+        // Substituted characters were written; the user hears of them.
+        file->lastError = isTextFault(s->errorCode) ? s->errorCode : 0;
       } else {
         result = 0;
       }

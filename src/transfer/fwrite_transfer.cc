@@ -131,7 +131,11 @@ bool FwriteTransfer::skipBeforeBlock(int64_t bytes, StreamError seekCause, Strea
       status = stream->errorOr(seekCause);
       return false;
     }
-    const int64_t target = position + bytes;
+    int64_t target = 0;
+    if (__builtin_add_overflow(position, bytes, &target)) {
+      status = EFBIG;  // no file reaches that far
+      return false;
+    }
     if (fileSize > target) {
       if (stream->setPosition(target) != 0) {
         status = stream->errorOr(seekCause);
@@ -139,7 +143,7 @@ bool FwriteTransfer::skipBeforeBlock(int64_t bytes, StreamError seekCause, Strea
       }
       left = 0;
     } else {
-      // The end is nearer: stand at it and fill the rest with zeros.
+      // The end is nearer: stand at it and fill the rest.
       int64_t end = 0;
       if (!stream->getFileSize(end) || stream->setPosition(end) != 0) {
         status = stream->errorOr(seekCause);
@@ -149,11 +153,34 @@ bool FwriteTransfer::skipBeforeBlock(int64_t bytes, StreamError seekCause, Strea
       seekAllowed = false;
     }
   }
-  if (left <= 0) return true;
+  return left <= 0 || fillPastEnd(left, writeCause);
+}
+
+bool FwriteTransfer::fillPastEnd(int64_t bytes, StreamError writeCause) {
+  // Past the end a seek makes the zeros: a hole, whatever its size.
+  int64_t position = 0;
+  if (stream->getPosition(position) == 0) {
+    int64_t target = 0;
+    if (__builtin_add_overflow(position, bytes, &target)) {
+      status = EFBIG;
+      return false;
+    }
+    switch (stream->moveBeyondEnd(target)) {
+      case FileIO::stream::kMoved:
+        return true;
+      case FileIO::stream::kMoveFailed:
+        status = stream->errorOr(writeCause);
+        return false;
+      case FileIO::stream::kCannotMove:
+        break;
+    }
+  }
+  // A pipe or a device: the zeros themselves.
+  stream->errorCode = 0;
   if (zeros.empty()) {
     zeros.assign(static_cast<size_t>(std::clamp<int64_t>(std::max(skip, bytes), 1, kZeroBlock)), 0);
   }
-  while (left > 0) {
+  for (int64_t left = bytes; left > 0;) {
     size_t n = static_cast<size_t>(std::min<int64_t>(left, static_cast<int64_t>(zeros.size())));
     if (stream->write(n, zeros.data(), 1) != n) {
       status = stream->errorOr(writeCause);

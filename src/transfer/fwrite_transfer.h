@@ -9,10 +9,10 @@
 //     reversal of each element when the order differs);
 //   - bit fields: the bit loop (fwrite_bits.cc).
 // A skip comes before each group of `repeat` elements, the first included;
-// inside the file it passes over what is there, beyond the end it fills with
-// zeros. Converting loops work in blocks of at most 1024 elements through
-// one scratch block, so memory does not grow with the data. A failure of the
-// file never raises: `write` returns true and `status` tells why.
+// inside the file it passes over what is there, beyond the end it leaves
+// zeros (a hole, where the file can have one). Converting loops work in blocks of at most 1024
+// elements through one scratch block, so memory does not grow with the data. A failure of the file
+// never raises: `write` returns true and `status` tells why.
 #pragma once
 
 #include <cstddef>
@@ -63,6 +63,10 @@ class FwriteTransfer {
   // seek and `writeCause` for a write of zeros.
   bool skipBeforeBlock(int64_t bytes, StreamError seekCause = StreamError::InternalError,
                        StreamError writeCause = StreamError::NoHelp);
+  // `bytes` of zeros from the end of the file: a hole where the medium can
+  // seek, written zeros where it can't (pipes, devices). A target beyond
+  // any file's reach fails with EFBIG.
+  bool fillPastEnd(int64_t bytes, StreamError writeCause);
 
   bool directLoop(size_t elementBytes, uint64_t repeat);
   bool convertingLoop(size_t elementBytes, uint64_t repeat, bool swap);
