@@ -13,6 +13,7 @@
 #include <cstring>
 
 #include "decimal_digits.h"
+#include "exact_digits.h"
 #include "fileio/stream.h"
 
 namespace Tarnwicks::FileIO {
@@ -26,7 +27,8 @@ constexpr char kDigitPairs[] =
 
 void applyWidth(int32_t width, uint32_t flags, bool zeroFill, FormattedNumber& out) {
   if (width < 0) return;
-  uint64_t used = out.prefixLength + out.zeros + out.digitCount;
+  uint64_t used =
+      out.prefixLength + out.zeros + out.digitCount + out.trailingZeros + out.suffixLength;
   if (static_cast<uint64_t>(width) <= used) return;
   uint64_t fill = static_cast<uint64_t>(width) - used;
   if (flags & kFlagLeft) {
@@ -256,6 +258,113 @@ char* writeExact(char style, int precision, double magnitude, char* out) {
   return writeExponent(exponent, end);
 }
 
+// ---- huge precisions from the exact digits ----------------------------------
+
+// %e of the exact digits: d[.ddd] with `precision` places, then the
+// exponent. The zeros past the digits are left to the sink.
+void fullExponent(const ExactDecimal& x, int64_t precision, bool alternate, char upperE,
+                  char* buffer, FormattedNumber& out) {
+  char* p = buffer;
+  *p++ = x.count > 0 ? x.digits[0] : '0';
+  const int64_t shown = x.count > 1 ? x.count - 1 : 0;
+  if (precision > 0 || alternate) *p++ = '.';
+  std::memcpy(p, x.digits + 1, static_cast<size_t>(shown));
+  p += shown;
+  out.trailingZeros = static_cast<uint64_t>(precision - shown);
+  char exponent[8];
+  char* e = writeExponent(x.count > 0 ? x.firstPlace : 0, exponent);
+  exponent[0] = upperE;
+  if (out.trailingZeros == 0) {
+    std::memcpy(p, exponent, static_cast<size_t>(e - exponent));
+    p += e - exponent;
+  } else {
+    out.suffixLength = static_cast<uint32_t>(e - exponent);
+    std::memcpy(out.suffix, exponent, out.suffixLength);
+  }
+  out.digits = buffer;
+  out.digitCount = static_cast<size_t>(p - buffer);
+}
+
+// %f of the exact digits with `precision` places after the point.
+void fullFixed(const ExactDecimal& x, int64_t precision, bool alternate, char* buffer,
+               FormattedNumber& out) {
+  char* p = buffer;
+  int index = 0;
+  if (x.count == 0 || x.firstPlace < 0) {
+    *p++ = '0';
+  } else {
+    for (int place = x.firstPlace; place >= 0; --place) {
+      *p++ = index < x.count ? x.digits[index++] : '0';
+    }
+  }
+  if (precision > 0 || alternate) *p++ = '.';
+  int64_t written = 0;
+  if (x.count > 0 && index < x.count) {
+    // Zeros between the point and the first digit, then the digits.
+    for (int place = -1; place > x.firstPlace; --place, ++written) *p++ = '0';
+    const int rest = x.count - index;
+    std::memcpy(p, x.digits + index, static_cast<size_t>(rest));
+    p += rest;
+    written += rest;
+  }
+  out.trailingZeros = static_cast<uint64_t>(precision - written);
+  out.digits = buffer;
+  out.digitCount = static_cast<size_t>(p - buffer);
+}
+
+// %e, %f, %g with a precision too large for the fast paths, of a finite
+// value: the exact digits rounded once.
+void formatDoubleFull(const NumberSpec& spec, double value, NumberScratch& scratch,
+                      FormattedNumber& out) {
+  const bool alternate = (spec.flags & kFlagAlternate) != 0;
+  const bool upper = spec.conversion == 'E' || spec.conversion == 'G';
+  ExactDecimal x;
+  exactDecimal(std::fabs(value), x);
+  int64_t precision = spec.precision;
+  char style = spec.conversion == 'f'                               ? 'f'
+               : (spec.conversion == 'e' || spec.conversion == 'E') ? 'e'
+                                                                    : 'g';
+  bool trim = false;
+  if (style == 'g') {
+    const int64_t significant = precision == 0 ? 1 : precision;
+    if (x.count > 0) roundAtPlace(x, int64_t{x.firstPlace} - significant + 1);
+    const int64_t exponent = x.count > 0 ? x.firstPlace : 0;
+    if (exponent < significant && exponent >= -4) {
+      style = 'f';
+      precision = significant - 1 - exponent;
+    } else {
+      style = 'e';
+      precision = significant - 1;
+    }
+    trim = !alternate;
+  } else if (style == 'e') {
+    if (x.count > 0) roundAtPlace(x, int64_t{x.firstPlace} - precision);
+  } else {
+    roundAtPlace(x, -precision);
+  }
+  if (trim) {
+    // %g shows no zeros after the last digit, and no point without digits
+    // after it: what is left is the digits alone.
+    precision = 0;
+  }
+  if (style == 'e') {
+    if (trim) precision = x.count > 1 ? x.count - 1 : 0;
+    fullExponent(x, precision, alternate, upper ? 'E' : 'e', scratch.small, out);
+  } else {
+    if (trim) {
+      const int64_t below = int64_t{x.firstPlace} - x.count + 1;  // place of the last digit
+      precision = x.count > 0 && below < 0 ? -below : 0;
+    }
+    fullFixed(x, precision, alternate, scratch.small, out);
+  }
+  setSignPrefix(std::signbit(value), spec.flags, out);
+  // printf counts its output in an int; a text beyond that is no text.
+  if (out.prefixLength + out.digitCount + out.trailingZeros + out.suffixLength > INT_MAX) {
+    throw code(StreamError::InvalidFormat);
+  }
+  applyWidth(spec.width, spec.flags, true, out);
+}
+
 }  // namespace
 
 char* writeDecimal(uint64_t value, char* end) {
@@ -342,8 +451,10 @@ void formatDouble(const NumberSpec& spec, double value, NumberScratch& scratch,
   out = FormattedNumber{};
   if (spec.verbatim != nullptr) return formatVerbatim(spec, value, scratch, out);
   int precision = spec.precision < 0 ? 6 : spec.precision;
-  if ((spec.flags & kFlagAlternate) || precision > NumberScratch::kMaxFastPrecision ||
-      !std::isfinite(value)) {
+  if (precision > NumberScratch::kMaxFastPrecision && std::isfinite(value)) {
+    return formatDoubleFull(spec, value, scratch, out);
+  }
+  if ((spec.flags & kFlagAlternate) || !std::isfinite(value)) {
     return formatDoubleByLibrary(spec, value, scratch, out);
   }
   char style = spec.conversion == 'f'                               ? 'f'

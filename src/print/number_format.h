@@ -54,9 +54,17 @@ struct FormattedNumber {
   uint64_t zeros = 0;
   const char* digits = nullptr;
   size_t digitCount = 0;
+  // Zeros after the digits, and then `suffix` (an exponent): the tail of a
+  // huge precision, never held in memory. The suffix is empty whenever
+  // trailingZeros is 0.
+  uint64_t trailingZeros = 0;
+  char suffix[8] = {};
+  uint32_t suffixLength = 0;
   uint64_t padAfter = 0;  // blanks
 
-  uint64_t size() const { return padBefore + prefixLength + zeros + digitCount + padAfter; }
+  uint64_t size() const {
+    return padBefore + prefixLength + zeros + digitCount + trailingZeros + suffixLength + padAfter;
+  }
 };
 
 // %ld and %li.
@@ -66,7 +74,10 @@ void formatSigned(const NumberSpec& spec, int64_t value, NumberScratch& scratch,
 void formatUnsigned(const NumberSpec& spec, uint64_t value, NumberScratch& scratch,
                     FormattedNumber& out);
 // %e, %E, %f, %g, %G. Infinite and NaN values, which the pieces print as
-// words of their own, are handed to the C library.
+// words of their own, are handed to the C library. A precision above
+// NumberScratch::kMaxFastPrecision is served from the exact digits, with
+// its zeros left to the sink; one whose text could not be counted in an
+// int, as printf counts, throws InvalidFormat.
 void formatDouble(const NumberSpec& spec, double value, NumberScratch& scratch,
                   FormattedNumber& out);
 

@@ -68,6 +68,8 @@ void PrintSink::putNumberSlow(const FormattedNumber& number) {
   putNumberBytes(number.prefix, number.prefixLength);
   putRepeatedNumberByte('0', number.zeros);
   putNumberBytes(number.digits, number.digitCount);
+  putRepeatedNumberByte('0', number.trailingZeros);
+  putNumberBytes(number.suffix, number.suffixLength);
   putRepeatedNumberByte(' ', number.padAfter);
 }
 

@@ -41,7 +41,8 @@ class PrintSink {
   // Number text.
   void putNumber(const FormattedNumber& number) {
     if (number.padBefore == 0 && number.zeros == 0 && number.padAfter == 0 &&
-        number.digitCount <= kQuickLimit && used_ + kQuickLimit + 2 <= kCapacity) {
+        number.trailingZeros == 0 && number.digitCount <= kQuickLimit &&
+        used_ + kQuickLimit + 2 <= kCapacity) {
       if (mode_ == Mode::Bytes) {
         char* out = bytes_ + used_;
         if (number.prefixLength != 0) std::memcpy(out, number.prefix, number.prefixLength);

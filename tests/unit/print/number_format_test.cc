@@ -11,6 +11,7 @@
 
 #include "print/number_format.h"
 #include "print_test_support.h"
+#include "twhost/stream_errors.h"
 
 namespace {
 
@@ -22,6 +23,8 @@ std::string text(const FormattedNumber& n) {
   s.append(n.prefix, n.prefixLength);
   s.append(n.zeros, '0');
   s.append(n.digits, n.digitCount);
+  s.append(n.trailingZeros, '0');
+  s.append(n.suffix, n.suffixLength);
   s.append(n.padAfter, ' ');
   return s;
 }
@@ -129,6 +132,57 @@ TEST(NumberFormat, HugePrecisionsAndWidthsMatchPrintf) {
         }
       }
     }
+  }
+}
+
+// Precisions beyond the fast paths come from the exact digits: every
+// double, ties and carries included, as printf writes it.
+TEST(NumberFormat, RandomDoublesAtHugePrecisionsMatchPrintf) {
+  std::mt19937_64 rng(20261123);
+  NumberScratch scratch;
+  FormattedNumber n;
+  const char convs[] = "eEfgG";
+  for (int i = 0; i < 4000; ++i) {
+    uint64_t bits = rng();
+    double v;
+    std::memcpy(&v, &bits, sizeof v);
+    if (!std::isfinite(v)) continue;
+    if (i % 3 == 1)
+      v = std::ldexp(static_cast<double>(rng() % 2000000) - 1e6, -1074 + int(rng() % 40));
+    if (i % 3 == 2) v = static_cast<double>(rng() % 100000) / 8;  // short, with ties
+    uint32_t flags = static_cast<uint32_t>(rng() % 32);
+    int precision = 1025 + static_cast<int>(rng() % 400);
+    Conversion c = conversion(flags, -1, precision, convs[rng() % 5], false);
+    formatDouble(c.spec, v, scratch, n);
+    ASSERT_EQ(text(n), cprintf(c.format.c_str(), v)) << c.format << " of " << v;
+  }
+}
+
+// The zeros of a huge precision are counted, not held; a text that printf
+// could not count in an int is an invalid format.
+TEST(NumberFormat, HugePrecisionsCostOnlyTheirDigits) {
+  NumberScratch scratch;
+  FormattedNumber n;
+  Conversion f = conversion(0, -1, 1000000000, 'f', false);
+  formatDouble(f.spec, 1.5, scratch, n);
+  EXPECT_EQ(std::string(n.digits, n.digitCount), "1.5");
+  EXPECT_EQ(n.trailingZeros, 999999999u);
+  Conversion g = conversion(0, -1, 2147483647, 'g', false);
+  formatDouble(g.spec, 1.0, scratch, n);
+  EXPECT_EQ(text(n), "1");
+  Conversion e = conversion(8, -1, 100000, 'E', false);
+  formatDouble(e.spec, 2.0, scratch, n);
+  EXPECT_EQ(n.trailingZeros, 100000u);
+  EXPECT_EQ(std::string(n.suffix, n.suffixLength), "E+00");
+  for (char conv : {'f', 'e'}) {
+    Conversion huge = conversion(0, -1, 2147483647, conv, false);
+    int thrown = 0;
+    try {
+      formatDouble(huge.spec, 1.0, scratch, n);
+    } catch (int c) {
+      thrown = c;
+    }
+    EXPECT_EQ(thrown, code(StreamError::InvalidFormat)) << conv;
   }
 }
 
