@@ -108,8 +108,8 @@ class TcodnStream : public stream {
   bool isUtf16 = false;
   SafeSizedStringT<char> outBytes;
   std::vector<int32_t> outOffsets;  // for each byte of outBytes, its unit
-  bool textPending = false;         // the converter holds a lead surrogate
-  bool statefulEncoding = false;    // shift states: flushed after each write
+  bool textPending = false;         // a lead surrogate or a shift state to end
+  bool statefulEncoding = false;    // shift states, ended by finishText()
   SafeSizedStringT<char16_t> wideOut;
   bool usedDefault = false;
   FastDecoder fast;

@@ -317,11 +317,11 @@ size_t TcodnStream::writeChars(size_t count, const char16_t* chars) {
   // A lead surrogate that the converter kept from the last call continues
   // here; it is no longer waiting for the end of the write.
   textPending = false;
-  // A lead surrogate at the end stays in the converter, for a trail that
-  // the next call may bring. A stateful encoding otherwise returns to its
-  // initial state at the end of each call, since bytes may follow that
-  // don't pass through the converter (numbers).
-  const bool flush = statefulEncoding && !isHighSurrogate(chars[count - 1]);
+  // Nothing is flushed here: a lead surrogate at the end stays in the
+  // converter for a trail that the next call may bring, and a stateful
+  // encoding keeps its shift state, so that consecutive texts need no
+  // escape sequences between them. finishText() ends both, before bytes
+  // that bypass the converter (numbers) and at the end of the call.
   const size_t maxSize = static_cast<size_t>(ucnv_getMaxCharSize(converter));
   const size_t room = maxSize * (count + 10);
   outBytes.reserve(room);
@@ -336,27 +336,26 @@ size_t TcodnStream::writeChars(size_t count, const char16_t* chars) {
   pendingStatus = 0;
   // ICU takes the target's length as a 32-bit count: huge texts go in spans.
   // Offsets count from the source of each call; they are made absolute.
-  auto convert = [&](char* limit, bool last) {
+  auto convert = [&](char* limit) {
     char* from = target;
     const UChar* base = source;
-    ucnv_fromUnicode(converter, &target, limit, &source, sourceEnd, offsets, last && flush,
-                     &status);
+    ucnv_fromUnicode(converter, &target, limit, &source, sourceEnd, offsets, false, &status);
     for (char* p = from; p < target; ++p, ++offsets) {
       if (*offsets >= 0) *offsets += static_cast<int32_t>(base - sourceStart);
     }
   };
   constexpr size_t kSpan = 0x7fffffff;
   while (size_t(targetEnd - target) >= kSpan + 1 && source < sourceEnd && U_SUCCESS(status)) {
-    convert(target + kSpan, false);
+    convert(target + kSpan);
     if (status == U_BUFFER_OVERFLOW_ERROR) status = U_ZERO_ERROR;
   }
-  if (U_SUCCESS(status)) convert(targetEnd, true);
+  if (U_SUCCESS(status)) convert(targetEnd);
   const size_t bytes = static_cast<size_t>(target - outBytes.data);
   const size_t written = bytes ? write(bytes, outBytes.data, 1) : 0;
   recordStatus(pendingStatus);
   recordStatus(status);
   UErrorCode pendingCheck = U_ZERO_ERROR;
-  textPending = ucnv_fromUCountPending(converter, &pendingCheck) > 0;
+  textPending = statefulEncoding || ucnv_fromUCountPending(converter, &pendingCheck) > 0;
   const size_t consumed = static_cast<size_t>(source - sourceStart);
   if (written == bytes) return consumed;
   // The units whose bytes all went out: those before the unit of the first
