@@ -33,6 +33,10 @@ except ImportError:
         os.execv(system, [system] + sys.argv)
     raise
 
+sys.dont_write_bytecode = True  # nothing written beside the scripts
+from sanitizer_preload import preload_sanitizer  # noqa: E402
+
+preload_sanitizer(sys.argv[1])
 sys.path.insert(0, os.path.join(sys.argv[1], "python"))
 import twfileio  # noqa: E402
 

@@ -18,7 +18,6 @@ import io
 import os
 import random
 import struct
-import subprocess
 import sys
 import tempfile
 
@@ -32,24 +31,8 @@ except ImportError:
     raise
 
 
-
-def preload_sanitizer(build):
-    """Under the sanitizers python is not instrumented: the runtime (with
-    libstdc++, where it finds the C++ throw) must be loaded first, so the
-    script starts itself again with it preloaded."""
-    try:
-        with open(os.path.join(build, "CMakeCache.txt")) as f:
-            cache = dict(line.strip().split("=", 1) for line in f if "=" in line and ":" in line.split("=")[0])
-    except OSError:
-        return
-    if cache.get("TW_SANITIZE:BOOL", "OFF").upper() not in ("ON", "1", "TRUE") or "LD_PRELOAD" in os.environ:
-        return
-    compiler = cache.get("CMAKE_CXX_COMPILER:FILEPATH", "g++")
-    libs = [subprocess.run([compiler, f"-print-file-name={lib}"], capture_output=True, text=True).stdout.strip()
-            for lib in ("libasan.so", "libstdc++.so.6")]
-    env = dict(os.environ, LD_PRELOAD=":".join(libs), ASAN_OPTIONS="detect_leaks=0")
-    os.execve(sys.executable, [sys.executable] + sys.argv, env)
-
+sys.dont_write_bytecode = True  # nothing written beside the scripts
+from sanitizer_preload import preload_sanitizer  # noqa: E402
 
 preload_sanitizer(sys.argv[1])
 sys.path.insert(0, os.path.join(sys.argv[1], "python"))
