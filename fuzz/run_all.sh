@@ -9,8 +9,8 @@
 # -DTW_FUZZ=ON -DTW_BUILD_BENCH=OFF, then ninja -C build-fuzz. BUILD names
 # another build folder; JOBS (default 3) the targets run at once. Corpora
 # persist in $BUILD/fuzz-corpus/NAME, logs in $BUILD/fuzz-logs, crashes in
-# $BUILD/fuzz-artifacts. On a shared machine run it as
-#   flock /work/fuzz.lock nice -n 19 fuzz/run_all.sh 600
+# $BUILD/fuzz-artifacts. On a shared machine run it at low priority:
+#   nice -n 19 fuzz/run_all.sh 600
 # The exit status is non-zero when any target found something.
 set -euo pipefail
 seconds=${1:?usage: fuzz/run_all.sh SECONDS [TARGET...]}
