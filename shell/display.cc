@@ -6,10 +6,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <vector>
 
+#include "date_text.h"
 #include "twhost/text.h"
 #include "value.h"
 
@@ -131,40 +131,6 @@ std::string emptyText(const kxArray* a) {
   return std::string(brackets) + " (" + header(a) + ")";
 }
 
-// Civil date from days since 1970-01-01 (proleptic Gregorian).
-void civilFromDays(long long z, long long& y, unsigned& m, unsigned& d) {
-  z += 719468;
-  long long era = (z >= 0 ? z : z - 146096) / 146097;
-  unsigned doe = static_cast<unsigned>(z - era * 146097);
-  unsigned yoe = (doe - doe / 1460 + doe / 36524 - doe / 146096) / 365;
-  y = static_cast<long long>(yoe) + era * 400;
-  unsigned doy = doe - (365 * yoe + yoe / 4 - yoe / 100);
-  unsigned mp = (5 * doy + 2) / 153;
-  d = doy - (153 * mp + 2) / 5 + 1;
-  m = mp < 10 ? mp + 3 : mp - 9;
-  if (m <= 2) ++y;
-}
-
-std::string dateText(double high, double low) {
-  if (std::isnan(high)) return "NaT";
-  if (std::isinf(high)) return high > 0 ? "Inf" : "-Inf";
-  double dayMs = 86400000.0;
-  double days = std::floor(high / dayMs);
-  double rest = (high - days * dayMs) + low;
-  if (rest < 0) {
-    rest += dayMs;
-    days -= 1;
-  }
-  long long y;
-  unsigned mo, d;
-  civilFromDays(static_cast<long long>(days), y, mo, d);
-  long long ms = static_cast<long long>(std::llround(rest));
-  char buf[64];
-  std::snprintf(buf, sizeof buf, "%04lld-%02u-%02u %02lld:%02lld:%02lld.%03lld", y, mo, d,
-                ms / 3600000, ms / 60000 % 60, ms / 1000 % 60, ms % 1000);
-  return buf;
-}
-
 void render(std::string& out, const std::string& label, const kxArray* a, int indent,
             const DisplayOptions& options);
 
@@ -176,13 +142,7 @@ void renderObject(std::string& out, const kxArray* a, int indent, const DisplayO
     return props && kxIsStruct(props) ? kxGetField(props, 0, name) : nullptr;
   };
   if (cls == "datetime") {
-    const kxArray* data = prop("Data");
-    for (size_t i = 0; i < n; ++i) {
-      bool have = data && i < numelOf(data);
-      out += pad(indent) +
-             dateText(have ? elementAsDouble(data, i) : NAN, have ? imagAsDouble(data, i) : 0) +
-             "\n";
-    }
+    for (const std::string& text : datetimeTexts(a)) out += pad(indent) + text + "\n";
   } else if (cls == "categorical") {
     const kxArray* cats = prop("Categories");
     const kxArray* codes = prop("Codes");

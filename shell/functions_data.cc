@@ -3,9 +3,11 @@
 #include <cstring>
 #include <limits>
 
+#include "date_text.h"
 #include "functions.h"
 #include "shell_errors.h"
 #include "twhost/calls.h"
+#include "twhost/text.h"
 #include "value.h"
 
 namespace tw {
@@ -80,9 +82,19 @@ void registerConversion(const char* name, kxClassID cls) {
 }
 
 // char(x), char(a, b, ...) and char({'a', 'bc'}): rows padded with blanks.
+// char of a datetime: a row per element, as the console shows it.
 void charFunction(int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
   checkArgCount("char", nrhs, 1, -1);
   checkOutCount("char", nlhs, 1);
+  if (nrhs == 1 && kxIsObject(prhs[0]) &&
+      kxGetObjectClassName(prhs[0]) == std::string("datetime")) {
+    std::vector<ustring> rows;
+    for (const std::string& text : datetimeTexts(prhs[0])) {
+      rows.push_back(fl::i18n::to_ustring(text));
+    }
+    plhs[0] = kxCreateCharMatrixFromRows(rows);
+    return;
+  }
   if (nrhs == 1 && !kxIsCell(prhs[0])) {
     kxArray* r = kxMustBe(prhs[0], kxCHAR_CLASS);
     plhs[0] = r == prhs[0] ? copyOut(r) : r;

@@ -106,6 +106,8 @@ std::string listing(Interpreter& interp) {
     out += listLine(e.name, e.summary);
   }
   for (const std::string& name : names) out += listLine(name, "");
+  out += "Values that textscan makes:\n";
+  for (const HelpEntry& e : valueHelp()) out += listLine(e.name, e.summary);
   out +=
       "help NAME shows how to call one, with an example. 'format long' shows every\n"
       "digit; exit, quit or Ctrl-D leaves; Ctrl-C stops what runs.\n";
@@ -142,6 +144,8 @@ void registerHelpFunction(Interpreter& interp) {
       writeOut(entryText(*ip, *e, true));
     } else if (const HelpEntry* f = find(functionHelp(), name)) {
       writeOut(entryText(*ip, *f, false));
+    } else if (const HelpEntry* v = find(valueHelp(), name)) {
+      writeOut(entryText(*ip, *v, false));
     } else {
       shellError("NoHelp", name);
     }

@@ -107,6 +107,9 @@ const HelpEntry kBuiltins[] = {
      "[columns, position] = textscan(fid, format)\n"
      "[columns, position] = textscan(text, format, repeat, name, value, ...)\n"
      "format: %f %d %u %s %q %c %D (dates) %C (categories) %*f to skip, ...\n"
+     "columns: a cell with one entry per conversion: numbers in a column of\n"
+     "  their class, text in a cell column, %D a datetime and %C a categorical\n"
+     "  (help datetime, help categorical).\n"
      "Options: 'Delimiter', 'HeaderLines', 'CollectOutput', 'EmptyValue',\n"
      "  'TreatAsEmpty', 'CommentStyle', 'Whitespace', 'EndOfLine', ...",
      "c = textscan(sprintf('a,1\\nb,2\\n'), '%s %f', 'Delimiter', ',')"},

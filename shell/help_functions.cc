@@ -96,7 +96,8 @@ const HelpEntry kFunctions[] = {
     {"logical", "convert to logical: non-zero is true", "tf = logical(x)",
      "tf = logical([2 0 -1])"},
     {"char", "convert codes to text, or stack texts as the rows of a char matrix",
-     "text = char(codes)\nrows = char(text1, text2, ...)\nrows = char(cellOfTexts)",
+     "text = char(codes)\nrows = char(text1, text2, ...)\nrows = char(cellOfTexts)\n"
+     "rows = char(dates)    a datetime's elements as text, in its format",
      "word = char([104 105])\nrows = char('a', 'bcd')"},
     {"complex", "a complex value from its parts", "z = complex(re, im)\nz = complex(re)",
      "z = complex(1, -2)"},

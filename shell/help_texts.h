@@ -1,5 +1,6 @@
 // The texts of help: a summary, the calling forms and an example for each
-// built-in of the library and each function of the shell.
+// built-in of the library and each function of the shell, and the kinds
+// of value the library makes besides arrays.
 #pragma once
 
 #include <span>
@@ -17,5 +18,7 @@ struct HelpEntry {
 std::span<const HelpEntry> builtinHelp();
 // The shell's own functions.
 std::span<const HelpEntry> functionHelp();
+// The kinds of value textscan makes besides arrays (datetime, categorical).
+std::span<const HelpEntry> valueHelp();
 
 }  // namespace tw

@@ -200,6 +200,25 @@ TEST(Display, DatetimesAsCalendarTimesInUtc) {
             "    NaT\n");
 }
 
+TEST(Display, DatetimesInTheirOwnFormat) {
+  kxArray* data = kxCreateDoubleMatrix(3, 1, kxCOMPLEX);
+  kxGetPr(data)[0] = 951782400000.0 + 3723004;  // 2000-02-29 01:02:03.004
+  kxGetPi(data)[0] = 0.000567;                  // and 567 nanoseconds
+  kxGetPr(data)[1] = -INFINITY;
+  kxGetPr(data)[2] = NAN;
+  const char* names[] = {"Format", "Data"};
+  kxArray* props = kxCreateStructMatrix(1, 1, 2, names);
+  kxSetField(props, 0, "Format", kxCreateString("d MMM yyyy, HH:mm:ss.SSSSSSSSS"));
+  kxSetField(props, 0, "Data", data);
+  size_t dims[2] = {3, 1};
+  kxOwned d(kxCreateObjectArray("datetime", 2, dims, props));
+  EXPECT_EQ(displayText("d", d.get()),
+            "d = 3x1 datetime\n"
+            "    29 Feb 2000, 01:02:03.004000567\n"
+            "    -Inf\n"
+            "    NaT\n");
+}
+
 TEST(Display, DispShowsTextPlainAndNumbersWithoutAName) {
   kxOwned t(kxCreateString("plain"));
   EXPECT_EQ(dispText(t.get()), "plain\n");
