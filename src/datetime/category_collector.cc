@@ -15,23 +15,13 @@ namespace datetime {
 namespace {
 
 constexpr std::u16string_view kUndefined = u"<undefined>";
-constexpr uint64_t kMaxUint8Categories = 254;
-constexpr uint64_t kMaxUint16Categories = 65534;
-constexpr uint64_t kMaxUint32Categories = 4294967294;
 
 bool allBlank(std::u16string_view text) {
   return std::all_of(text.begin(), text.end(), [](char16_t c) { return twu_isspace(c); });
 }
 
-kxClassID codeClassFor(uint64_t categories) {
-  if (categories <= kMaxUint8Categories) return kxUINT8_CLASS;
-  if (categories <= kMaxUint16Categories) return kxUINT16_CLASS;
-  if (categories <= kMaxUint32Categories) return kxUINT32_CLASS;
-  return kxUINT64_CLASS;
-}
-
-// A column of `cls` holding the values, narrowed from 64 bits.
-kxArray* codeColumn(kxClassID cls, const std::vector<uint64_t>& values) {
+// A column of `cls` holding the values.
+kxArray* valueColumn(kxClassID cls, const std::vector<uint64_t>& values) {
   kxArray* a = kxCreateUninitNumericMatrix(values.size(), 1, cls, kxREAL);
   void* data = kxGetData(a);
   auto narrow = [&](auto* out) {
@@ -73,7 +63,7 @@ void CategoricalFieldConverter::addField(const char16_t* units, size_t length) {
     text = std::u16string_view(scratchText_.data(), n);
   }
   if (length == 0 || isUndefinedCategory(text)) {
-    categoryCodes_.push_back(0);
+    categoryCodes_.push(0);
     return;
   }
   addCategory(text);
@@ -81,7 +71,7 @@ void CategoricalFieldConverter::addField(const char16_t* units, size_t length) {
 
 void CategoricalFieldConverter::addCategory(std::u16string_view text) {
   if (lastCode_ != 0 && text == lastName_) {
-    categoryCodes_.push_back(lastCode_);
+    categoryCodes_.push(lastCode_);
     return;
   }
   auto it = codeOf_.find(text);
@@ -91,30 +81,31 @@ void CategoricalFieldConverter::addCategory(std::u16string_view text) {
   }
   lastName_ = it->first;
   lastCode_ = it->second;
-  categoryCodes_.push_back(lastCode_);
+  categoryCodes_.push(lastCode_);
 }
 
 kxArray* CategoricalFieldConverter::getResult() {
   uint64_t k = names_.size();
-  kxClassID cls = codeClassFor(k);
+  // Codes are given in order of first appearance, so the largest is k and
+  // the store has narrowed the codes to the class that k needs.
+  kxClassID cls = categoryCodes_.codeClass();
   std::vector<size_t> order(k);
   std::iota(order.begin(), order.end(), size_t{0});
   std::sort(order.begin(), order.end(), [&](size_t a, size_t b) { return names_[a] < names_[b]; });
-  std::vector<uint64_t> values(k);
+  std::vector<uint64_t> codeOfName(k);
   kxOwned names(kxCreateCellMatrix(k, 1));
   for (size_t i = 0; i < k; ++i) {
     const ustring& name = names_[order[i]];
     kxSetCell(names.get(), i, kxCreateStringFromNChars_UTF16(name.data(), name.size()));
-    values[i] = order[i] + 1;
+    codeOfName[i] = order[i] + 1;
   }
-  kxOwned valueColumn(codeColumn(cls, values));
-  kxArray* codes = codeColumn(cls, categoryCodes_);
+  kxOwned values(valueColumn(cls, codeOfName));
+  kxArray* codes = categoryCodes_.release();
   codeOf_.clear();
   names_.clear();
-  categoryCodes_ = {};
   lastCode_ = 0;
   kxArray* out[1] = {};
-  kxArray* in[] = {codes, valueColumn.get(), names.get()};
+  kxArray* in[] = {codes, values.get(), names.get()};
   std::exception_ptr failure = inCallFcnWithTrap(1, out, 3, in, "categorical");
   kxDestroyArray(codes);
   if (failure) std::rethrow_exception(failure);

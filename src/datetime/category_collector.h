@@ -20,6 +20,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "code_store.h"
 #include "twhost/kx_array.h"
 
 namespace datetime {
@@ -34,7 +35,7 @@ class CategoricalFieldConverter {
  public:
   void addField(const char16_t* units, size_t length);
   // Appends a code that an earlier field was given; returns it.
-  void addCode(uint64_t code) { categoryCodes_.push_back(code); }
+  void addCode(uint64_t code) { categoryCodes_.push(code); }
   // The code of the last field added.
   uint64_t lastFieldCode() const { return categoryCodes_.back(); }
   uint64_t fieldCount() const { return categoryCodes_.size(); }
@@ -46,7 +47,7 @@ class CategoricalFieldConverter {
   void addCategory(std::u16string_view text);
 
   ustring scratchText_;  // unquoted field text; only grows
-  std::vector<uint64_t> categoryCodes_;
+  CodeStore categoryCodes_;
   std::deque<ustring> names_;  // by code - 1; a deque keeps the keys below in place
   std::unordered_map<std::u16string_view, uint64_t> codeOf_;
   std::u16string_view lastName_;
