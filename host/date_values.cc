@@ -9,6 +9,7 @@
 // cell column of char rows) and "Codes" (per element the 1-based number of
 // its category, 0 for undefined, in an unsigned class that holds them all).
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <unordered_map>
 #include <vector>
@@ -55,31 +56,75 @@ void textscanCreateFromStrings(int, kxArray** plhs, int nrhs, kxArray** prhs) {
   plhs[0] = objectOf("datetime", n, "Format", formatRow, "Data", data);
 }
 
+// Codes of an unsigned class through a table: `table[c]` is the place of
+// code c, for c up to k; larger codes have none. The places fit the class.
+template <class T>
+void renumberByTable(const void* codes, void* out, size_t n, const std::vector<uint64_t>& table) {
+  std::vector<T> places(table.begin(), table.end());
+  const size_t k = places.size() - 1;
+  const T* in = static_cast<const T*>(codes);
+  T* to = static_cast<T*>(out);
+  for (size_t i = 0; i < n; ++i) to[i] = in[i] <= k ? places[in[i]] : T(0);
+}
+
+// The table when `k` fits the class of the codes; false for other classes.
+bool renumberUnsigned(kxClassID cls, const void* codes, void* out, size_t n,
+                      const std::vector<uint64_t>& table) {
+  const uint64_t k = table.size() - 1;
+  switch (cls) {
+    case kxUINT8_CLASS:
+      if (k > UINT8_MAX) return false;
+      renumberByTable<uint8_t>(codes, out, n, table);
+      return true;
+    case kxUINT16_CLASS:
+      if (k > UINT16_MAX) return false;
+      renumberByTable<uint16_t>(codes, out, n, table);
+      return true;
+    case kxUINT32_CLASS:
+      if (k > UINT32_MAX) return false;
+      renumberByTable<uint32_t>(codes, out, n, table);
+      return true;
+    case kxUINT64_CLASS:
+      renumberByTable<uint64_t>(codes, out, n, table);
+      return true;
+    default:
+      return false;
+  }
+}
+
 // Each code becomes the 1-based position of its value among `values`, 0
-// when none has it. Codes that are small whole numbers, as textscan gives
-// them, go through a table; any others through a map.
+// when none has it. When the values are 1 to k in some order, as textscan
+// gives them, a table does it, in the codes' own class when that is an
+// unsigned one (one pass, no conversion); any other values or classes go
+// through doubles and a map.
 void renumber(const kxArray* codes, const kxArray* values, kxArray* out) {
   size_t k = kxGetNumberOfElements(values);
   size_t n = kxGetNumberOfElements(codes);
   KxData valueData(values);
-  std::vector<double> table;
+  std::vector<uint64_t> table(k + 1, 0);
+  size_t tabled = 0;
   std::unordered_map<double, double> position;
   for (size_t i = 0; i < k; ++i) {
     double v = valueData.asDouble(i);
     double place = static_cast<double>(i + 1);
     position.emplace(v, place);
-    if (v >= 1 && v <= static_cast<double>(k) && v == std::floor(v)) {
-      table.resize(k + 1, 0);
-      table[static_cast<size_t>(v)] = place;
+    if (v >= 1 && v <= static_cast<double>(k) && v == std::floor(v) &&
+        table[static_cast<size_t>(v)] == 0) {
+      table[static_cast<size_t>(v)] = i + 1;
+      ++tabled;
     }
   }
-  bool tabled = position.size() == k && table.size() == k + 1;
+  bool permutation = tabled == k;
+  if (permutation &&
+      renumberUnsigned(kxGetClassID(codes), kxGetData(codes), kxGetData(out), n, table)) {
+    return;
+  }
   // One typed pass in, one out; the renumbering works on doubles.
   std::vector<double> work(n);
   AssignToVoidBuffer(kxDOUBLE_CLASS, work.data(), KxData(codes), n);
   for (double& c : work) {
-    if (tabled && c >= 0 && c <= static_cast<double>(k) && c == std::floor(c)) {
-      c = table[static_cast<size_t>(c)];
+    if (permutation && c >= 0 && c <= static_cast<double>(k) && c == std::floor(c)) {
+      c = static_cast<double>(table[static_cast<size_t>(c)]);
     } else if (auto it = position.find(c); it != position.end()) {
       c = it->second;
     } else {
