@@ -113,8 +113,10 @@ class RowLoop {
       }
       const ItemReader& r = plan_.items[currentField_];
       OutputColumn* column = plan_.itemColumns[currentField_];
-      // A common number takes no skip first: it starts at no special unit.
-      if (!(r.plainNumbers && readPlainNumber(r, column))) {
+      // A common number or text field takes no skip first: it starts at no
+      // special unit.
+      if (!(r.plainNumbers && readPlainNumber(r, column)) &&
+          !(r.plainText && readPlainText(r, column))) {
         passCommentsAndWhitespace();
         if (!readField(r, column)) return false;
       }
@@ -197,6 +199,25 @@ class RowLoop {
     size_t length = readPlainReal(p, avail, r.syntax, x);
     if (length == 0) return false;
     if (column) addReal(r.type, column, x, length);
+    s_.advance(length);
+    return true;
+  }
+
+  // The common field of a %C or %D item, read and handed over in one scan:
+  // it starts at no special unit and no quote, and a stop ends it inside
+  // the window. False, with nothing moved, for any other field, which the
+  // full reader (readQuoted) then takes the same way.
+  [[gnu::always_inline]] bool readPlainText(const ItemReader& r, OutputColumn* column) {
+    const auto* p = here();
+    size_t avail = s_.buffered();
+    if (avail == 0) return false;
+    char16_t first = S::unit(p[0]);
+    if (first == r.quote || ctx_.classOf(first) != 0) return false;
+    const UnitSet& stops = r.stops->firstUnits;
+    size_t length = 1;
+    while (length < avail && !stops.contains(S::unit(p[length]))) ++length;
+    if (length == avail) return false;  // the field may go on past the window
+    if (column) addText<PluginColumn>(column, length);
     s_.advance(length);
     return true;
   }

@@ -65,9 +65,12 @@ ReadPlan::ReadPlan(const Options& options, const ReadContext& /*ctx*/)
         r.stops = &quotedStops;
         break;
       case QuotedField:
+        r.stops = &quotedStops;
+        break;
       case CategoricalField:
       case DatetimeField:
         r.stops = &quotedStops;
+        r.plainText = !r.hasWidth && !quotedStops.anyLong;
         break;
       default:
         r.syntax = NumberSyntax(options.expChars, item.width, item.precision);
