@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <utility>
+#include <vector>
 
 #include "value.h"
 
@@ -186,32 +188,36 @@ TEST(Display, ComplexAndSixtyFourBitValuesAreExact) {
   EXPECT_EQ(displayText("u", u.get()), "u = 18446744073709551615 (uint64)\n");
 }
 
-TEST(Display, DatetimesAsCalendarTimesInUtc) {
-  kxArray* data = kxCreateDoubleMatrix(1, 2, kxCOMPLEX);
-  kxGetPr(data)[0] = 951782400000.0 + 3723004;  // 2000-02-29 01:02:03.004
-  kxGetPr(data)[1] = NAN;
+// A datetime column of the instants (high, low), with the format if one
+// is given.
+kxOwned datetimeOf(const std::vector<std::pair<double, double>>& instants,
+                   const char* format = nullptr) {
+  kxArray* data = kxCreateDoubleMatrix(instants.size(), 1, kxCOMPLEX);
+  for (size_t i = 0; i < instants.size(); ++i) {
+    kxGetPr(data)[i] = instants[i].first;
+    kxGetPi(data)[i] = instants[i].second;
+  }
   kxArray* props = kxCreateStructMatrix(1, 1, 0, nullptr);
+  if (format) kxSetField(props, 0, "Format", kxCreateString(format));
   kxSetField(props, 0, "Data", data);
-  size_t dims[2] = {1, 2};
-  kxOwned d(kxCreateObjectArray("datetime", 2, dims, props));
+  size_t dims[2] = {instants.size(), 1};
+  return kxOwned(kxCreateObjectArray("datetime", 2, dims, props));
+}
+
+constexpr double kLeapDayAtOneOhTwo = 951782400000.0 + 3723004;  // 2000-02-29 01:02:03.004
+
+TEST(Display, DatetimesWithoutAFormatAsCalendarTimesInUtc) {
+  kxOwned d = datetimeOf({{kLeapDayAtOneOhTwo, 0}, {NAN, 0}});
   EXPECT_EQ(displayText("d", d.get()),
-            "d = 1x2 datetime\n"
+            "d = 2x1 datetime\n"
             "    2000-02-29 01:02:03.004\n"
             "    NaT\n");
 }
 
 TEST(Display, DatetimesInTheirOwnFormat) {
-  kxArray* data = kxCreateDoubleMatrix(3, 1, kxCOMPLEX);
-  kxGetPr(data)[0] = 951782400000.0 + 3723004;  // 2000-02-29 01:02:03.004
-  kxGetPi(data)[0] = 0.000567;                  // and 567 nanoseconds
-  kxGetPr(data)[1] = -INFINITY;
-  kxGetPr(data)[2] = NAN;
-  const char* names[] = {"Format", "Data"};
-  kxArray* props = kxCreateStructMatrix(1, 1, 2, names);
-  kxSetField(props, 0, "Format", kxCreateString("d MMM yyyy, HH:mm:ss.SSSSSSSSS"));
-  kxSetField(props, 0, "Data", data);
-  size_t dims[2] = {3, 1};
-  kxOwned d(kxCreateObjectArray("datetime", 2, dims, props));
+  // The low part adds 567 nanoseconds.
+  kxOwned d = datetimeOf({{kLeapDayAtOneOhTwo, 0.000567}, {-INFINITY, 0}, {NAN, 0}},
+                         "d MMM yyyy, HH:mm:ss.SSSSSSSSS");
   EXPECT_EQ(displayText("d", d.get()),
             "d = 3x1 datetime\n"
             "    29 Feb 2000, 01:02:03.004000567\n"
