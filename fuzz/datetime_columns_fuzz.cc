@@ -6,8 +6,10 @@
 //   of three units, and a char array of the decoded text give the same
 //   values (and the files the same position): the reader's one-scan path
 //   for plain fields and its full path agree;
-// - a format of %C alone gives, column by column, the categories of the
-//   texts that the same format in %q reads, which never takes that path.
+// - a format of %C alone, over a char array (whole in the reader's window,
+//   so its plain fields take the one-scan path), gives the categories of
+//   the texts that the same format in %q reads from the file in tiny
+//   blocks (where nearly every field takes the full reader).
 //
 // Input: byte 0 picks the format, byte 1 the options, the rest is the text.
 #include <unistd.h>
@@ -113,7 +115,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (format.categoryColumns > 0) {
     std::vector<const kxArray*> optionArgs(args.begin() + 1, args.end());
     std::string why;
-    if (!categoriesMatchQuotedTexts(source.get(), format.categoryColumns, optionArgs, why)) {
+    if (!categoriesMatchQuotedTexts(source.get(), scratchPath(), format.categoryColumns, optionArgs,
+                                    why)) {
       fault("%C and %q read different fields", format, why, "");
     }
   }

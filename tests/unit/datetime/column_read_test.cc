@@ -107,13 +107,14 @@ TEST_F(ColumnReadPaths, RandomRowsAgree) {
   EXPECT_GT(readsWithValues, static_cast<int>(std::size(calls)) * kTextsPerCall / 2);
 }
 
-// The fields of %C are those of %q, which takes the full reader every time
-// (a string column has no one-scan path), and their categories follow from
-// the texts %q gives.
-TEST_F(ColumnReadPaths, CategoriesAreTheFieldsThatQuotedStringsRead) {
+// The fields of %C, read from a char array (whole in the reader's window,
+// so that plain fields take its one-scan path), are those that %q reads
+// from the same text in a file in tiny blocks (where nearly every field
+// takes the full reader), and their categories follow from those texts.
+TEST_F(ColumnReadPaths, CategoriesAreTheFieldsThatTheFullReaderFinds) {
   const std::vector<const char*> pieces = {
-      "alpha", "b",  "\"q,uo\"\"te\"", "\"",   " ",           "\t", ",",
-      ",,",    "\n", "\r\n",           "#c\n", "<undefined>", "x y"};
+      "alpha", "b",  "\"q,uo\"\"te\"", "\"",   " ",           "\t",  ",",
+      ",,",    "\n", "\r\n",           "#c\n", "<undefined>", "x y", "caf\xc3\xa9"};
   const std::pair<int, Options> calls[] = {
       {1, {}},
       {2, {{"Delimiter", ","}}},
@@ -128,10 +129,12 @@ TEST_F(ColumnReadPaths, CategoriesAreTheFieldsThatQuotedStringsRead) {
     std::vector<kxOwned> owned = optionArrays(options);
     for (int t = 0; t < kTextsPerCall; ++t) {
       std::string text = randomText(rng, pieces, kMostPieces);
-      std::u16string wide(text.begin(), text.end());
+      std::string path = writeFile("input.txt", text);
+      std::u16string wide;
+      textscan::FieldText(text.data(), text.size()).appendTo(wide);
       kxOwned source(kxCreateStringFromNChars_UTF16(wide.data(), wide.size()));
       std::string why;
-      EXPECT_TRUE(categoriesMatchQuotedTexts(source.get(), columns, borrowed(owned), why))
+      EXPECT_TRUE(categoriesMatchQuotedTexts(source.get(), path, columns, borrowed(owned), why))
           << why << " on \"" << text << "\"";
     }
   }
