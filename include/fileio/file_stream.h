@@ -11,6 +11,7 @@
 #include "fileio/byte_source.h"
 #include "fileio/carry_byte.h"
 #include "fileio/tcodn_stream.h"
+#include "twhost/kx_array.h"
 
 namespace Tarnwicks::FileIO {
 
@@ -55,6 +56,14 @@ class fileStream : public TcodnStream {
   bool unread(int64_t n) override;
   void idleHook() override {}
   int readLine(int64_t limit, OutputBuffer& buffer) override;
+  // readLine for the common case, with the result made at its final size:
+  // a line that lies whole in the C buffer, in UTF-8 of plain ASCII or in a
+  // single-byte table encoding, followed by a byte that tells its terminator
+  // (CR, LF or a pair). Returns the char array (1 by n, terminator included)
+  // and sets `terminator`; null when the line is not of that kind, with
+  // nothing consumed, and readLine must be used. Cost: one array, one pass
+  // over the bytes, no other allocation.
+  kxArray* readWholeLine(int64_t limit, int& terminator);
   int setPosition(int64_t pos) override;
   bool getFileSize(int64_t& size) override;
   // Regular files only: a seek, or in append mode a truncation upwards

@@ -33,11 +33,18 @@ int fgetsBody(int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
     if (nlhs > 1) plhs[1] = kxCreateDoubleMatrix(0, 0, kxREAL);
     return 0;
   }
-  OutputBuffer line(kxCHAR_CLASS, 1024, 64, 8388608);
   s->errorCode = 0;
-  int terminator = s->readLine(limit, line);
+  int terminator = 0;
+  // A line that lies whole in the C buffer is made at its final size; any
+  // other goes through the general reader and its growing buffer.
+  kxOwned text(s->readWholeLine(limit, terminator));
+  if (!text) {
+    OutputBuffer line(kxCHAR_CLASS, 1024, 64, 8388608);
+    terminator = s->readLine(limit, line);
+    if (!line.empty()) text.reset(line.toArray());
+  }
   if (terminator != 0) file->lastError = 0;
-  bool nonEmpty = !line.empty();
+  const bool nonEmpty = text != nullptr;
   if (!nonEmpty && s->readHasFailed() && s->errorCode != 0) {
     // Nothing can be read (a folder, a file open for writing only): the
     // system's reason, and -1 as at the end, so that a reading loop ends.
@@ -50,16 +57,15 @@ int fgetsBody(int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
   kxArray* codes = nullptr;
   if (nlhs > 1) {
     if (terminator != 0) {
-      char16_t units[2];
-      line.copyLast(static_cast<size_t>(terminator), units);
+      const char16_t* end = kxGetChars(text.get()) + kxGetNumberOfElements(text.get());
       codes = kxCreateDoubleMatrix(1, static_cast<size_t>(terminator), kxREAL);
-      for (int i = 0; i < terminator; ++i) kxGetPr(codes)[i] = units[i];
+      for (int i = 0; i < terminator; ++i) kxGetPr(codes)[i] = end[i - terminator];
     } else {
       codes = kxCreateDoubleMatrix(0, 0, kxREAL);
     }
   }
   if (nonEmpty) {
-    plhs[0] = line.toArray();
+    plhs[0] = text.release();
   } else {
     plhs[0] = s->atEnd() ? kxCreateDoubleScalar(-1.0) : kxCreateString("");
   }

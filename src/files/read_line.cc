@@ -88,7 +88,60 @@ void widenAscii(const unsigned char* p, size_t n, char16_t* dst) {
   for (; i < n; ++i) dst[i] = p[i];
 }
 
+// The length of the run at p (at most n bytes) that the table decodes
+// one byte to one unit, with no terminator among them.
+size_t tableRun(const FastDecoder& fast, const unsigned char* p, size_t n) {
+  size_t k = 0;
+  while (k < n && !fast.special[p[k]]) ++k;
+  return k;
+}
+
 }  // namespace
+
+kxArray* fileStream::readWholeLine(int64_t limit, int& terminator) {
+  if (!kHaveBufferAccess || fast.kind == FastDecoder::kNone) return nullptr;
+  BufferedBytes in{file};
+  const unsigned char* p = in.begin();
+  const unsigned char* e = in.end();
+  const size_t have = static_cast<size_t>(e - p);
+  // Cheapest test first: a decoder holding bytes means the line began in an
+  // earlier read, which only the general reader continues.
+  if (have < 2 || inUsed < inBytes.length) return nullptr;
+  const size_t k = fast.kind == FastDecoder::kUtf8 ? asciiRun(p, have) : tableRun(fast, p, have);
+  // The line must end inside the buffer, at a terminator whose follower is
+  // there too, so that a pair is told from a single terminator without a
+  // refill.
+  if (k + 1 >= have) return nullptr;
+  const char16_t u = fast.unit[p[k]];
+  if (!fast.special[p[k]] || !isTerminator(u)) return nullptr;
+  const unsigned char b2 = p[k + 1];
+  const char16_t u2 = fast.unit[b2];
+  int term = 1;
+  if (fast.special[b2]) {
+    if (isTerminator(u2) && u2 != u) {
+      term = 2;
+    } else if (!isTerminator(u2)) {
+      // A byte only the decoder can judge: the general reader looks at it.
+      return nullptr;
+    }
+  }
+  const size_t n = k + static_cast<size_t>(term);
+  if (limit != -1 && static_cast<uint64_t>(limit) < n) return nullptr;
+  if (converterHoldsBytes()) return nullptr;
+  kxArray* line = kxCreateUninitNumericMatrix(1, n, kxCHAR_CLASS, kxREAL);
+  char16_t* dst = kxGetChars(line);
+  if (fast.kind == FastDecoder::kUtf8) {
+    widenAscii(p, n, dst);
+  } else {
+    for (size_t i = 0; i < n; ++i) dst[i] = fast.unit[p[i]];
+  }
+  lastByte = p[n - 1];
+  in.consume(p + n);
+  // Only the end of the buffer can be the end of the file.
+  if (p + n == e) peek();
+  terminator = term;
+  return line;
+}
 
 int fileStream::readLine(int64_t limit, OutputBuffer& buffer) {
   if (limit != -1 && limit < 1) return 0;

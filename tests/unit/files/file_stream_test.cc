@@ -43,11 +43,22 @@ class FileStreamTest : public files_test::ScratchDir {
     std::u16string text;
     int terminator;
   };
-  Line line(int64_t limit = -1, bool slow = false) {
+  // The three line readers: character by character (the rule), the general
+  // fast reader, and fgets's way (a whole buffered line at once, else the
+  // general reader).
+  enum class Reader { kChars, kGeneral, kWholeFirst };
+  Line line(int64_t limit = -1, Reader reader = Reader::kGeneral) {
+    int t = 0;
+    if (reader == Reader::kWholeFirst) {
+      if (kxOwned whole{s->readWholeLine(limit, t)}) return {kxArrayToUString(whole.get()), t};
+    }
     OutputBuffer b(kxCHAR_CLASS, 1024, 64, 8388608);
-    int t = slow ? s->readLineByChars(limit, b) : s->readLine(limit, b);
+    t = reader == Reader::kChars ? s->readLineByChars(limit, b) : s->readLine(limit, b);
     kxOwned a(b.toArray());
     return {kxArrayToUString(a.get()), t};
+  }
+  Line line(int64_t limit, bool slow) {
+    return line(limit, slow ? Reader::kChars : Reader::kGeneral);
   }
 
   FilePermission permission;
@@ -156,15 +167,21 @@ TEST_F(FileStreamTest, EndFlagSetByThePeekAfterTheLastLine) {
 }
 
 // Random text in each fast encoding, with every terminator and limits:
-// the fast reader gives exactly what the character-at-a-time one gives,
-// position too.
-TEST_F(FileStreamTest, FastLinesEqualCharacterLines) {
+// the fast readers give exactly what the character-at-a-time one gives,
+// position, error and end flag too. Texts run to several C buffers, so that
+// lines, characters and CR LF pairs straddle refills.
+class FastLines : public FileStreamTest, public ::testing::WithParamInterface<bool> {};
+
+TEST_P(FastLines, EqualCharacterLines) {
+  // Plain text is what the whole-line reader takes; the rest sends it back.
+  const char* const kPlain = "the quick brown fox jumps over the lazy dog";
+  const Reader fastReader = GetParam() ? Reader::kWholeFirst : Reader::kGeneral;
   std::mt19937 rng(7);
   const std::vector<std::string> pieces = {
       "a",    "bc",   "\n",           "\r",           "\r\n",
       "\n\r", " ",    "\xc3\xa9",     "\xe2\x82\xac", "\xf0\x9f\x98\x80",
       "\xff", "\xc3", "\xed\xa0\x80", "\xe0\x80\x80", "\x80",
-      "\x9d", "\x81"};
+      "\x9d", "\x81", kPlain,         kPlain,         kPlain};
   for (const char* encoding : {"UTF-8", "ISO-8859-1", "windows-1252", "US-ASCII", "ibm-037"}) {
     files_test::CaughtWarnings quiet;
     for (int round = 0; round < 40; ++round) {
@@ -177,7 +194,7 @@ TEST_F(FileStreamTest, FastLinesEqualCharacterLines) {
       std::vector<int> fastErrors;
       std::vector<int64_t> fastPos;
       for (int i = 0; i < 100000 && !s->atEnd(); ++i) {
-        fastLines.push_back(line(limit));
+        fastLines.push_back(line(limit, fastReader));
         fastErrors.push_back(s->errorCode);
         int64_t p = 0;
         s->getPosition(p);
@@ -199,5 +216,7 @@ TEST_F(FileStreamTest, FastLinesEqualCharacterLines) {
     }
   }
 }
+
+INSTANTIATE_TEST_SUITE_P(GeneralAndWholeLine, FastLines, ::testing::Bool());
 
 }  // namespace
