@@ -5,8 +5,9 @@
 //   tw [--lib PATH] [--json PATH]          (a prompt on a terminal, else stdin)
 //   tw [--lib PATH] --version
 //
-// Exit status: 0 success, 1 an uncaught error, 2 a usage or syntax error,
-// 130 a script stopped by Ctrl-C.
+// Exit status: 0 success, 1 an uncaught error or data that could not be
+// written to a file left open, 2 a usage or syntax error, 130 a script
+// stopped by Ctrl-C.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -27,6 +28,7 @@
 #include "shell_errors.h"
 #include "top_level.h"
 #include "twhost/errors.h"
+#include "value.h"
 
 namespace {
 
@@ -114,6 +116,21 @@ int exitStatus(Outcome outcome) {
   return kExitError;
 }
 
+// Files the run left open are closed while the shell can still report:
+// one whose data could not all be written out warns with the system's
+// reason, and the run then fails (status 1) if nothing else failed it,
+// since data the script wrote were lost.
+int closeFilesLeftOpen(Interpreter& interp, int status) {
+  try {
+    std::vector<Value> result = interp.callNamed("fclose", 1, {makeCharRowUtf8("all")});
+    bool lost = !result.empty() && result[0] && elementAsDouble(result[0].get(), 0) != 0;
+    if (lost && status == 0) return kExitError;
+  } catch (...) {
+    if (status == 0) return kExitError;
+  }
+  return status;
+}
+
 int printVersion(const std::string& libPath) {
   LibraryVersion v;
   std::string problem = readLibraryVersion(libPath, v);
@@ -183,11 +200,17 @@ int main(int argc, char** argv) {
   if (!problem.empty()) return failure("cannot load the file library: " + problem, kExitError);
 
   bool prompt = !haveCode && script.empty() && isatty(STDIN_FILENO);
-  if (prompt) return runPrompt(interp);
+  if (prompt) return closeFilesLeftOpen(interp, runPrompt(interp));
   installInterruptHandler(InterruptMode::Script);
-  if (haveCode) return exitStatus(runSource(interp, kCommandLineName, code));
-  if (!script.empty()) return exitStatus(runSource(interp, script, source));
-  std::ostringstream in;
-  in << std::cin.rdbuf();
-  return exitStatus(runSource(interp, kStandardInputName, in.str()));
+  int status;
+  if (haveCode) {
+    status = exitStatus(runSource(interp, kCommandLineName, code));
+  } else if (!script.empty()) {
+    status = exitStatus(runSource(interp, script, source));
+  } else {
+    std::ostringstream in;
+    in << std::cin.rdbuf();
+    status = exitStatus(runSource(interp, kStandardInputName, in.str()));
+  }
+  return closeFilesLeftOpen(interp, status);
 }

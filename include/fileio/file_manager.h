@@ -20,9 +20,10 @@ class FileMgr {
   static FileMgr& instance();
 
   FileMgr();
-  // Deletes every file object still open without closing its C file: the C
-  // library flushes open files at exit. Bits waiting in a carry are written
-  // first so that nothing written is lost.
+  // Closes every user file still open (the table lives until the process
+  // ends): bits waiting in a carry and text in an encoder are written first,
+  // and a file whose data could not all be written is reported on stderr
+  // with the system's reason.
   virtual ~FileMgr();
   FileMgr(const FileMgr&) = delete;
   FileMgr& operator=(const FileMgr&) = delete;

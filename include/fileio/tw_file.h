@@ -30,6 +30,10 @@ class twAbsFile {
   virtual bool open() { return false; }
   // True when the file closed cleanly; false with lastError set.
   virtual bool close() { return false; }
+  // The close of a file still open when the process ends: what the stream
+  // holds is written and the file closed, telling no one else (the host
+  // may be gone). True when nothing was lost; false with lastError set.
+  virtual bool closeAtExit() { return true; }
 
   // The file's stream: null only before open() succeeded. Every screen and
   // file stream is a fileStream, so all of stream, TcodnStream and the carry
@@ -68,6 +72,12 @@ class twFile : public twAbsFile {
   // Flushes the carry, closes the C file and, for files written, tells the
   // host's path manager that the file changed.
   bool close() override;
+  bool closeAtExit() override;
+
+ private:
+  // Writes out what the carry and the encoder hold, then closes the C file.
+  // False with lastError set when the close failed.
+  bool closeCFile();
 };
 
 // A standard file: its stream is made at construction and it is never

@@ -21,6 +21,9 @@ namespace {
 }  // namespace
 
 FileMgr::FileMgr() {
+  // The table's last act may be to report a file that could not be written
+  // out: the catalogue is made first, so that it is still there then.
+  (void)kxHasMessage("KORVAN:fclose:DataNotWritten");
   add(std::make_unique<twSystemFile<screenStreamBase>>(u"\"stdin\"", FilePermission("r", 1),
                                                        stdin));
   add(std::make_unique<twSystemFile<outputScreenStream>>(u"\"stdout\"", FilePermission("a", 1),
@@ -32,9 +35,15 @@ FileMgr::FileMgr() {
 FileMgr::~FileMgr() {
   for (auto& [fid, file] : files) {
     if (file == nullptr) continue;
-    // Bits a bit write left waiting would otherwise never reach the file;
-    // the C library flushes the rest when the process ends.
-    if (fid >= firstUserFid && file->getStream()) file->getStream()->getCarry().finish();
+    // Files left open are written out and closed as the process ends. The
+    // host's warning channel may be gone by now, so a loss is told on
+    // stderr directly: it must not pass in silence.
+    if (fid >= firstUserFid && !file->closeAtExit()) {
+      std::string text = kxMessageText(
+          kxMsg("KORVAN:fclose", "DataNotWritten", file->name, kxStreamErrorText(file->lastError)));
+      std::fflush(stdout);
+      std::fprintf(stderr, "Warning: %s\n", text.c_str());
+    }
     file.reset();
   }
 }

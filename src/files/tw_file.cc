@@ -76,7 +76,7 @@ bool twFile::open() {
   return true;
 }
 
-bool twFile::close() {
+bool twFile::closeCFile() {
   // What the carry and the encoder still hold goes into the C buffer, whose
   // flush by fclose reports any failure.
   if (stream_) {
@@ -91,6 +91,15 @@ bool twFile::close() {
     lastError = errnoOr(StreamError::FlushError);
     return false;
   }
+  return true;
+}
+
+bool twFile::closeAtExit() {
+  return file == nullptr || closeCFile();
+}
+
+bool twFile::close() {
+  if (!closeCFile()) return false;
   if (permission.read) return true;
   // Tell the path manager that a file it may know has changed.
   std::string narrow = fl::i18n::to_string(name);

@@ -48,6 +48,24 @@ TEST_F(FileMgrTest, LowestVacatedFidFirst) {
   EXPECT_TRUE(table.list(2).empty());  // only the list of user files exists
 }
 
+// The process ends with files still open: each is written out and closed by
+// the table, and one whose data the system refuses is reported with the
+// reason, never lost in silence.
+TEST_F(FileMgrTest, FilesLeftOpenAreWrittenOutAtExit) {
+  EXPECT_EXIT(
+      {
+        int fid = open("kept.bin", "W");
+        table.lookup(fid)->getStream()->write(3, "abc", 1);
+        FilePermission p("W", 0);
+        int error = 0;
+        int full = table.open(u"/dev/full", p, MachineFormat(), EncodingAttribute(), error);
+        table.lookup(full)->getStream()->write(5, "lost!", 1);
+        std::exit(0);
+      },
+      ::testing::ExitedWithCode(0), "/dev/full.*No space left on device");
+  EXPECT_EQ(readFile("kept.bin"), "abc");
+}
+
 TEST_F(FileMgrTest, FailedOpenTakesNoFid) {
   FilePermission p("r", 0);
   int error = 0;
