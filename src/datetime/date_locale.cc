@@ -60,6 +60,14 @@ bool validateDateLocale(const kxArray* array, std::string& name) {
   return canonicalDateLocale(kxArrayToStdString(array), name);
 }
 
+std::string requireDateLocale(const kxArray* array) {
+  std::string name;
+  if (!validateDateLocale(array, name)) {
+    kxThrowId("KORVAN:datetime", "InvalidLocaleString", kxArrayToUString(array));
+  }
+  return name;
+}
+
 std::string defaultDateLocaleName() {
   return kxMessageText(kxMsg("KORVAN:datetime:localizedStrings", "Locale"));
 }

@@ -15,6 +15,10 @@ namespace datetime {
 // library's form ("de_DE.UTF-8") and with "-" for "_" are accepted.
 bool validateDateLocale(const kxArray* array, std::string& name);
 
+// ICU's name of the locale a "DateLocale" value names; a value that names
+// none throws "KORVAN:datetime:InvalidLocaleString" with its text.
+std::string requireDateLocale(const kxArray* array);
+
 // The same test on a text.
 bool canonicalDateLocale(const std::string& text, std::string& name);
 

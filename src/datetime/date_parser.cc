@@ -10,6 +10,8 @@
 #include <ctime>
 
 #include "date_locale.h"
+#include "icu_check.h"
+#include "locale_formats.h"
 #include "pattern_rules.h"
 #include "quoted_text.h"
 #include "twhost/errors.h"
@@ -32,15 +34,6 @@ constexpr int32_t kMaxFractionDigits = 9;
 constexpr double kMsPerSecond = 1000.0;
 
 const char16_t* const kUnzoned = u"unzoned";
-
-[[noreturn]] void throwICUError(const char* step, UErrorCode status) {
-  kxThrowId("KORVAN:datetime:kexErrors", "ICUError", std::string(step),
-            std::string(u_errorName(status)));
-}
-
-void check(UErrorCode status, const char* step) {
-  if (U_FAILURE(status)) throwICUError(step, status);
-}
 
 icu::UnicodeString toUnicode(std::u16string_view s) {
   return icu::UnicodeString(s.data(), static_cast<int32_t>(s.size()));
@@ -111,11 +104,7 @@ bool parseSpecialDateText(const icu::UnicodeString& text, DateValue& out) {
 }
 
 datetimeICUParser::datetimeICUParser(const ustring& pattern, const kxArray* locale) {
-  std::string name;
-  if (!validateDateLocale(locale, name)) {
-    kxThrowId("KORVAN:datetime", "InvalidLocaleString", kxArrayToUString(locale));
-  }
-  construct(pattern, icu::Locale(name.c_str()));
+  construct(pattern, icu::Locale(requireDateLocale(locale).c_str()));
 }
 
 datetimeICUParser::datetimeICUParser(const ustring& pattern, const std::string& localeName) {
@@ -141,10 +130,10 @@ void datetimeICUParser::createDateCalendar(const icu::Locale& locale) {
   UErrorCode status = U_ZERO_ERROR;
   auto* zone = new icu::SimpleTimeZone(0, icu::UnicodeString(kUnzoned));
   calendar_ = std::make_unique<icu::GregorianCalendar>(zone, locale, status);
-  check(status, "create calendar");
+  checkICU(status, "create calendar");
   auto* gregorian = static_cast<icu::GregorianCalendar*>(calendar_.get());
   gregorian->setGregorianChange(kNoJulianEra, status);
-  check(status, "set Gregorian change");
+  checkICU(status, "set Gregorian change");
   calendar_->setSkippedWallTimeOption(UCAL_WALLTIME_LAST);
   calendar_->setRepeatedWallTimeOption(UCAL_WALLTIME_LAST);
   calendar_->setFirstDayOfWeek(UCAL_SUNDAY);
@@ -154,16 +143,16 @@ void datetimeICUParser::createDateCalendar(const icu::Locale& locale) {
 double datetimeICUParser::defaultPivotDate() {
   UErrorCode status = U_ZERO_ERROR;
   UDate saved = calendar_->getTime(status);
-  check(status, "read calendar calendar initial time");
+  checkICU(status, "read calendar calendar initial time");
   calendar_->setTime(icu::Calendar::getNow(), status);
   int32_t pivotYear = calendar_->get(UCAL_EXTENDED_YEAR, status) - kPivotYearsBack;
-  check(status, "get current year");
+  checkICU(status, "get current year");
   calendar_->clear();
   calendar_->set(pivotYear, 0, 1, 0, 0, 0);
   UDate pivot = calendar_->getTime(status);
-  check(status, "get default pivot year");
+  checkICU(status, "get default pivot year");
   calendar_->setTime(saved, status);
-  check(status, "reset calendar to initial time");
+  checkICU(status, "reset calendar to initial time");
   defaults_.pivotYear = pivotYear;
   return pivot;
 }
@@ -184,7 +173,7 @@ void datetimeICUParser::setDateFormat(double pivot, const ustring& pattern,
   createDateFormatter(pattern, locale);
   UErrorCode status = U_ZERO_ERROR;
   formatter_->set2DigitYearStart(pivot, status);
-  check(status, "set pivot year");
+  checkICU(status, "set pivot year");
 
   FractionRun run = fractionRunOf(pattern);
   fractionDigits_ = static_cast<int32_t>(run.length());
@@ -213,25 +202,14 @@ void datetimeICUParser::setDateFormat(double pivot, const ustring& pattern,
 void datetimeICUParser::createDateFormatter(const ustring& pattern, const icu::Locale& locale) {
   UErrorCode status = U_ZERO_ERROR;
   formatter_ = std::make_unique<icu::SimpleDateFormat>(toUnicode(pattern), locale, status);
-  check(status, "create formatter");
+  checkICU(status, "create formatter");
   formatter_->setLenient(false);
   formatter_->setBooleanAttribute(UDAT_PARSE_ALLOW_NUMERIC, false, status);
-  check(status, "set formatter PARSE_ALLOW_NUMERIC attribute");
-  auto symbols = std::make_unique<icu::DateFormatSymbols>(locale, "gregorian", status);
-  check(status, "create date format symbols");
-  const icu::UnicodeString eras[] = {u"BCE", u"CE"};
-  constexpr int32_t kEraCount = 2;
-  symbols->setEras(eras, kEraCount);
-  symbols->setEraNames(eras, kEraCount);
-  symbols->setNarrowEras(eras, kEraCount);
-  formatter_->adoptDateFormatSymbols(symbols.release());
-  std::unique_ptr<icu::TimeZoneFormat> zoneFormat(
-      icu::TimeZoneFormat::createInstance(locale, status));
-  check(status, "create TimeZoneFormat for specified locale");
-  zoneFormat->setGMTPattern(u"UTC{0}", status);
-  zoneFormat->setGMTZeroFormat(u"UTC", status);
-  check(status, "set UTC format");
-  formatter_->adoptTimeZoneFormat(zoneFormat.release());
+  checkICU(status, "set formatter PARSE_ALLOW_NUMERIC attribute");
+  // The symbols (eras "BCE" and "CE") and the zone format ("UTC") are the
+  // locale's shared ones, copied.
+  formatter_->adoptDateFormatSymbols(dateSymbolsFor(locale).release());
+  formatter_->adoptTimeZoneFormat(zoneFormatFor(locale).release());
 }
 
 bool datetimeICUParser::parseDateText(std::u16string_view text, DateValue& out) {
@@ -267,7 +245,7 @@ bool datetimeICUParser::parseICU(const icu::UnicodeString& text, DateValue& out)
     UErrorCode status = U_ZERO_ERROR;
     double digits = position.getIndex() - before;
     fraction = number.getDouble(status) / std::pow(10.0, digits);
-    check(status, "get fractional seconds");
+    checkICU(status, "get fractional seconds");
     if (suffixFormatter_) {
       before = position.getIndex();
       suffixFormatter_->parse(text, *calendar_, position);

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "date_locale.h"
 #include "twhost/calls.h"
 #include "twhost/errors.h"
 
@@ -43,8 +44,11 @@ formatGuesser::formatGuesser(const kxArray* locale) : locale_(locale) {
   priorityCount_ = countOf(count ? kxGetScalar(count.get()) : 0);
 }
 
-std::shared_ptr<datetimeICUParser> formatGuesser::parserFor(const ustring& format) const {
-  return std::make_shared<datetimeICUParser>(format, locale_);
+// The locale is settled once, for the first candidate, and named to the
+// rest.
+std::shared_ptr<datetimeICUParser> formatGuesser::parserFor(const ustring& format) {
+  if (localeName_.empty()) localeName_ = requireDateLocale(locale_);
+  return std::make_shared<datetimeICUParser>(format, localeName_);
 }
 
 size_t formatGuesser::narrowCandidates(const char16_t* units, size_t length) {

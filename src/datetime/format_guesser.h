@@ -37,9 +37,10 @@ class formatGuesser {
 
  private:
   size_t scanCandidates(const char16_t* units, size_t length);
-  std::shared_ptr<datetimeICUParser> parserFor(const ustring& format) const;
+  std::shared_ptr<datetimeICUParser> parserFor(const ustring& format);
 
   const kxArray* locale_;
+  std::string localeName_;  // settled from locale_ by the first parser
   std::vector<ustring> formats_;
   std::vector<std::shared_ptr<datetimeICUParser>> parsers_;  // in step with formats_ once set
   uint64_t priorityCount_ = 0;

@@ -7,6 +7,9 @@
 
 #include <cmath>
 #include <ctime>
+#include <memory>
+#include <string>
+#include <vector>
 
 #include "support/builtin_calls.h"
 
@@ -172,6 +175,37 @@ TEST(DateParser, LongFractionsCarryALowPart) {
   datetimeICUParser inner(u"yyyy HH:mm:ss.SSSSSS 'h'", std::string("en_US"));
   ASSERT_TRUE(inner.parseDateText(u"1970 01:02:03.000001 h", v));
   EXPECT_NEAR((v.high - utcMs(1970, 1, 1, 1, 2, 3)) + v.low, 0.001, 1e-12);
+}
+
+// Parsers of one locale share its symbols; parsers made in turn for other
+// locales, and kept alive together, each read their own month names and
+// eras.
+TEST(DateParser, ParsersOfLocalesInTurnReadTheirOwnWords) {
+  struct Reading {
+    const char* locale;
+    const char16_t* text;
+  };
+  const Reading readings[] = {{"en_US", u"5 March 2001 CE"},
+                              {"de_DE", u"5 März 2001 CE"},
+                              {"fr_FR", u"5 mars 2001 CE"},
+                              {"de_DE", u"5 März 2001 CE"},
+                              {"en_US", u"5 March 2001 CE"}};
+  std::vector<std::unique_ptr<datetimeICUParser>> parsers;
+  for (const Reading& r : readings) {
+    parsers.push_back(std::make_unique<datetimeICUParser>(u"d MMMM y G", std::string(r.locale)));
+  }
+  for (size_t i = 0; i < parsers.size(); ++i) {
+    SCOPED_TRACE(readings[i].locale);
+    DateValue v;
+    EXPECT_TRUE(parsers[i]->parseDateText(readings[i].text, v));
+    EXPECT_EQ(v.high, utcMs(2001, 3, 5));
+    // Another locale's month name is no date here.
+    const char16_t* other = readings[(i + 1) % parsers.size()].text;
+    if (std::u16string(other) != readings[i].text) {
+      EXPECT_FALSE(parsers[i]->parseDateText(other, v));
+      EXPECT_TRUE(v.isNaT());
+    }
+  }
 }
 
 TEST(DateParser, ConfigurationErrorsCarryTheirIdentifiers) {
