@@ -1,7 +1,7 @@
 // FileMgr: the table of open files, and turning a fid argument into a file.
 #include "fileio/file_manager.h"
 
-#include <cmath>
+#include <climits>
 #include <cstdio>
 
 #include "fileio/screen_streams.h"
@@ -122,11 +122,13 @@ int fidFromArray(const kxArray* a) {
   if (a == nullptr || kxGetClassID(a) != kxDOUBLE_CLASS || kxGetNumberOfElements(a) != 1) {
     kxThrowId("KORVAN:FileIO", "InvalidFid");
   }
-  double v = *kxGetPr(a);
-  if (std::isnan(v)) v = -1.0;
-  double t = v >= 0 ? std::floor(v) : std::ceil(v);
-  int fid = t >= -2147483648.0 && t <= 2147483647.0 ? static_cast<int>(t) : -1;
-  if (fid < 0 || double(fid) != v) kxThrowId("KORVAN:FileIO", "InvalidFid");
+  // A whole number from 0 to INT_MAX; NaN fails the range test. Every call
+  // on a file passes here, so the test is two comparisons and a round trip
+  // through int.
+  const double v = *kxGetPr(a);
+  if (!(v >= 0 && v <= double(INT_MAX))) kxThrowId("KORVAN:FileIO", "InvalidFid");
+  const int fid = static_cast<int>(v);
+  if (double(fid) != v) kxThrowId("KORVAN:FileIO", "InvalidFid");
   return fid;
 }
 
