@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <initializer_list>
 #include <numeric>
 #include <unordered_set>
 
@@ -48,10 +49,48 @@ size_t slotCount(const kxArray* a) {
   return a->cls == kxSTRUCT_CLASS ? n * a->fields.size() : n;
 }
 
+// Records of destroyed arrays, kept for the next ones: a loop that makes and
+// drops a small array per call (a line, a scalar) then costs one allocation
+// per array, its data block, instead of three (the record and its dims
+// too). The pool is plain data, alive until the very end of the process,
+// and has no lock: the host is called from one thread at a time.
+struct RecordPool {
+  static constexpr size_t kKept = 64;
+  kxArray* records[kKept];
+  size_t count;
+};
+RecordPool g_pool;
+
+kxArray* takeRecord() {
+  return g_pool.count ? g_pool.records[--g_pool.count] : new kxArray;
+}
+
+// Takes back the record of an array whose contents are gone.
+void keepRecord(kxArray* a) {
+  if (g_pool.count == RecordPool::kKept) {
+    delete a;
+    return;
+  }
+  a->sparse = false;
+  a->fields.clear();
+  a->className.clear();
+  g_pool.records[g_pool.count++] = a;
+}
+
 kxArray* newArray(kxClassID cls, std::vector<size_t> dims) {
-  auto* a = new kxArray;
+  kxArray* a = takeRecord();
   a->cls = cls;
   a->dims = std::move(dims);
+  twhost::recordArray(a);
+  return a;
+}
+
+// The same for dims given in place ({m, n}): a kept record's dims are
+// reused without an allocation.
+kxArray* newArray(kxClassID cls, std::initializer_list<size_t> dims) {
+  kxArray* a = takeRecord();
+  a->cls = cls;
+  a->dims.assign(dims);
   twhost::recordArray(a);
   return a;
 }
@@ -59,15 +98,18 @@ kxArray* newArray(kxClassID cls, std::vector<size_t> dims) {
 // Makes an array with a data block for its class: zeroed numbers, null
 // array pointers for cells and structs. Sizes are worked out and blocks taken
 // before the array exists, so that an allocation failure leaves nothing
-// behind even outside a call frame.
-kxArray* makeArray(kxClassID cls, std::vector<size_t> dims, kxComplexity cx, bool zero) {
+// behind even outside a call frame. `Dims` is a vector or an {m, n} list.
+template <class Dims>
+kxArray* makeArray(kxClassID cls, Dims dims, kxComplexity cx, bool zero) {
   size_t elementSize =
       cls == kxCELL_CLASS || cls == kxSTRUCT_CLASS ? sizeof(kxArray*) : kxClassElementSize(cls);
   bool arrays = cls == kxCELL_CLASS || cls == kxSTRUCT_CLASS;
-  size_t bytes = 0;
-  if (__builtin_mul_overflow(twhost::elementCount(dims), elementSize, &bytes)) {
-    fl::except::bad_alloc();
+  size_t count = 1;
+  for (size_t d : dims) {
+    if (__builtin_mul_overflow(count, d, &count)) fl::except::bad_alloc();
   }
+  size_t bytes = 0;
+  if (__builtin_mul_overflow(count, elementSize, &bytes)) fl::except::bad_alloc();
   void* pr = allocData(bytes, zero || arrays);
   void* pi = nullptr;
   if (cx == kxCOMPLEX && !arrays) {
@@ -82,6 +124,9 @@ kxArray* makeArray(kxClassID cls, std::vector<size_t> dims, kxComplexity cx, boo
   a->pr = pr;
   a->pi = pi;
   return a;
+}
+kxArray* makeArray(kxClassID cls, std::initializer_list<size_t> dims, kxComplexity cx, bool zero) {
+  return makeArray<std::initializer_list<size_t>>(cls, dims, cx, zero);
 }
 
 kxArray** slots(const kxArray* a) {
@@ -401,7 +446,7 @@ void kxDestroyArray(kxArray* a) {
   if (!a) return;
   twhost::forgetArray(a);
   destroyContents(a);
-  delete a;
+  keepRecord(a);
 }
 
 kxArray* kxMustBe(const kxArray* a, kxClassID cls) {

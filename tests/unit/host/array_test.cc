@@ -336,3 +336,36 @@ TEST(HostMustBe, CellsAndStructsDoNotConvert) {
 }
 
 }  // namespace
+
+namespace {
+
+// The records of destroyed arrays are used again: nothing of the array
+// before (fields, class name, sparseness, shape) shows in the next ones,
+// whichever creator makes them.
+TEST(HostArray, ANewArrayKeepsNothingOfADestroyedOne) {
+  const char* names[] = {"alpha", "beta"};
+  const size_t dims3[] = {2, 3, 4};
+  for (int round = 0; round < 3; ++round) {
+    kxDestroyArray(kxCreateStructMatrix(2, 2, 2, names));
+    kxDestroyArray(kxCreateObjectArray("thing", 2, dims3, kxCreateStructMatrix(1, 1, 1, names)));
+    kxDestroyArray(kxCreateSparseDouble(5, 5));
+    kxDestroyArray(kxCreateNumericArray(3, dims3, kxINT8_CLASS, kxCOMPLEX));
+  }
+  std::vector<kxOwned> made;
+  for (int i = 0; i < 8; ++i) {
+    made.emplace_back(kxCreateDoubleScalar(i));
+    made.emplace_back(kxCreateUninitNumericMatrix(1, 7, kxCHAR_CLASS, kxREAL));
+  }
+  for (const kxOwned& a : made) {
+    EXPECT_EQ(kxGetNumberOfFields(a.get()), 0);
+    EXPECT_FALSE(kxIsSparse(a.get()));
+    EXPECT_FALSE(kxIsComplex(a.get()));
+    EXPECT_EQ(kxGetNumberOfDimensions(a.get()), 2u);
+    EXPECT_EQ(kxGetM(a.get()), 1u);
+  }
+  EXPECT_STREQ(kxGetClassName(made[0].get()), "double");
+  EXPECT_EQ(kxGetN(made[1].get()), 7u);
+  EXPECT_STREQ(kxGetClassName(made[1].get()), "char");
+}
+
+}  // namespace
