@@ -1,6 +1,9 @@
 // FileMgr: fid allocation, the standard files, closing, and fid arguments.
 #include "fileio/file_manager.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cmath>
 
 #include "files_test_support.h"
@@ -64,6 +67,53 @@ TEST_F(FileMgrTest, FilesLeftOpenAreWrittenOutAtExit) {
       },
       ::testing::ExitedWithCode(0), "/dev/full.*No space left on device");
   EXPECT_EQ(readFile("kept.bin"), "abc");
+}
+
+// "link/../data.txt", where link points into another folder, names two
+// files: the modes of an existing file ('r', 'r+') let the system follow
+// the link and then go up from where it points; the modes that may create
+// the file ('w', 'a', their '+' and buffered forms) drop "link/.." from the
+// name first, as text. Each mode writes its mark, and the mark shows which
+// file it opened.
+TEST_F(FileMgrTest, DotDotAfterALinkDependsOnWhetherTheModeReads) {
+  ASSERT_EQ(mkdir(path("real").c_str(), 0700), 0);
+  ASSERT_EQ(mkdir(path("real/sub").c_str(), 0700), 0);
+  ASSERT_EQ(symlink("real/sub", path("link").c_str()), 0);
+  struct Case {
+    const char* mode;
+    const char* opened;  // "real/data.txt" or "data.txt"
+  };
+  const Case cases[] = {{"r+", "real/data.txt"}, {"w", "data.txt"},  {"a", "data.txt"},
+                        {"w+", "data.txt"},      {"a+", "data.txt"}, {"W", "data.txt"},
+                        {"A", "data.txt"}};
+  for (const Case& c : cases) {
+    writeFile("real/data.txt", "");
+    writeFile("data.txt", "");
+    FilePermission p(c.mode, 0);
+    int error = 0;
+    const std::string name = path("link/../data.txt");
+    int fid = table.open(kxArrayToUString(kxOwned(kxCreateString(name.c_str())).get()), p,
+                         MachineFormat(), EncodingAttribute(), error);
+    ASSERT_GE(fid, 0) << c.mode;
+    table.lookup(fid)->getStream()->write(4, "mark", 1);
+    EXPECT_TRUE(table.close(fid));
+    EXPECT_EQ(readFile(c.opened), "mark") << c.mode;
+    const std::string other = std::string(c.opened) == "data.txt" ? "real/data.txt" : "data.txt";
+    EXPECT_EQ(readFile(other), "") << c.mode;
+  }
+  // Reading goes where the system goes.
+  writeFile("real/data.txt", "real");
+  writeFile("data.txt", "top");
+  FilePermission r("r", 0);
+  int error = 0;
+  int fid =
+      table.open(kxArrayToUString(kxOwned(kxCreateString(path("link/../data.txt").c_str())).get()),
+                 r, MachineFormat(), EncodingAttribute(), error);
+  ASSERT_GE(fid, 0);
+  char got[8] = {};
+  EXPECT_EQ(table.lookup(fid)->getStream()->read(sizeof got, got, 1), 4u);
+  EXPECT_EQ(std::string(got), "real");
+  EXPECT_TRUE(table.close(fid));
 }
 
 TEST_F(FileMgrTest, FailedOpenTakesNoFid) {
