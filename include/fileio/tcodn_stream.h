@@ -107,9 +107,10 @@ class TcodnStream : public stream {
   bool isSingleByteClean = false;
   bool isUtf16 = false;
   SafeSizedStringT<char> outBytes;
-  std::vector<int32_t> outOffsets;  // for each byte of outBytes, its unit
-  bool textPending = false;         // a lead surrogate or a shift state to end
-  bool statefulEncoding = false;    // shift states, ended by finishText()
+  std::vector<int32_t> outOffsets;   // for each byte of outBytes, its unit
+  bool textPending = false;          // a lead surrogate or a shift state to end
+  bool statefulEncoding = false;     // shift states, ended by finishText()
+  bool writesByteOrderMark = false;  // "UTF-32", "UTF-16,version=1": a mark first
   SafeSizedStringT<char16_t> wideOut;
   bool usedDefault = false;
   FastDecoder fast;

@@ -138,6 +138,9 @@ TcodnStream::TcodnStream(const char* encoding) : inBytes(2) {
   ucnv_setToUCallBack(converter, recordToUnicode, this, nullptr, nullptr, &status);
   ucnv_setFromUCallBack(converter, recordFromUnicode, this, nullptr, nullptr, &status);
 
+  // The Unicode forms that choose their byte order write a mark first.
+  writesByteOrderMark =
+      ucnv_getType(converter) == UCNV_UTF16 || ucnv_getType(converter) == UCNV_UTF32;
   switch (ucnv_getType(converter)) {
     case UCNV_ISO_2022:
     case UCNV_EBCDIC_STATEFUL:
@@ -376,6 +379,18 @@ void TcodnStream::finishText() {
   ucnv_fromUnicode(converter, &target, bytes + sizeof bytes, &source, source, nullptr, true,
                    &status);
   if (target > bytes) write(static_cast<size_t>(target - bytes), bytes, 1);
+  // Ending the text reset the encoder, and an encoder that begins with a
+  // byte-order mark would now write a second one in the middle of the
+  // file. A character converted and thrown away puts it past its mark.
+  if (writesByteOrderMark) {
+    char scratch[16];
+    char* t = scratch;
+    const UChar plain = u'A';
+    const UChar* from = &plain;
+    UErrorCode ignored = U_ZERO_ERROR;
+    ucnv_fromUnicode(converter, &t, scratch + sizeof scratch, &from, from + 1, nullptr, false,
+                     &ignored);
+  }
   // What waited was a lead surrogate without its trail: ill-formed text,
   // which ICU reports as cut short.
   if (pendingStatus == U_TRUNCATED_CHAR_FOUND) pendingStatus = U_ILLEGAL_CHAR_FOUND;

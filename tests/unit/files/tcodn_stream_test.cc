@@ -255,3 +255,32 @@ TEST_F(EncodedRoundTrip, SubstitutionCodesAreSet) {
 }
 
 }  // namespace
+
+namespace {
+
+// A write call that ends in a lone lead surrogate ends the text with the
+// substitute, which resets the encoder; an encoding that starts with a
+// byte-order mark must not put a second one in the middle of the file.
+TEST_F(EncodedRoundTrip, OneByteOrderMarkAFileAfterALoneLeadAtTheEndOfACall) {
+  const std::u16string calls[] = {u"a\xd800", u"b", u"c\xd800", u"d"};
+  for (const char* encoding : {"UTF-32", "UTF-16,version=1", "UTF-8", "UTF-32LE"}) {
+    open("", encoding, "w");
+    for (const std::u16string& c : calls) {
+      EXPECT_EQ(s->writeChars(c.size(), c.data()), c.size()) << encoding;
+      s->finishText();  // the end of each writing call
+    }
+    close();
+    const std::string bytes = readFile("text");
+    open(bytes, encoding, "r");
+    EXPECT_EQ(chars(64), u"a\ufffdbc\ufffdd") << encoding;
+    // The mark, where there is one, stands only at the start.
+    for (const std::string& mark : {std::string("\0\0\xfe\xff", 4), std::string("\xff\xfe\0\0", 4),
+                                   std::string("\xff\xfe")}) {
+      const size_t at = bytes.find(mark);
+      EXPECT_TRUE(at == std::string::npos || (at == 0 && bytes.find(mark, 1) == std::string::npos))
+          << encoding;
+    }
+  }
+}
+
+}  // namespace
