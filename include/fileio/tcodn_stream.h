@@ -99,6 +99,13 @@ class TcodnStream : public stream {
   // way; `unitsOut` gets the units (at most 2 are kept). Returns the count of
   // units, 0 at end of input.
   size_t readOneChar(char16_t* unitsOut, size_t& bytesConsumed);
+  // A copy of the decoder's state, for a reader that looks at a character
+  // and gives it back (null when it can't be had: the reader then gives back
+  // only the bytes). restoreDecoder puts the copy in place of the decoder;
+  // dropSavedDecoder discards it. Both take null. Cost: one allocation.
+  UConverter* saveDecoder() const;
+  void restoreDecoder(UConverter* saved);
+  static void dropSavedDecoder(UConverter* saved);
 
   UConverter* converter = nullptr;
   SafeSizedStringT<char> inBytes;

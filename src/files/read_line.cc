@@ -225,7 +225,9 @@ int fileStream::readLine(int64_t limit, OutputBuffer& buffer) {
         // error now.
         char16_t next;
         size_t bytes = 0;
+        UConverter* before = saveDecoder();
         if (readOneChar(&next, bytes) != 0) unread(static_cast<int64_t>(bytes));
+        restoreDecoder(before);
         peek();
       }
       return 1;
@@ -255,17 +257,24 @@ int fileStream::readLineSlow(int64_t limit, OutputBuffer& buffer, int64_t count,
   for (;;) {
     char16_t c = 0;
     size_t bytes = 0;
+    // The character after a terminator is looked at and, unless it makes a
+    // pair, given back; the decoder must then forget it too, or bytes it
+    // took to judge a bad sequence would come out twice.
+    UConverter* before = isTerminator(previous) ? saveDecoder() : nullptr;
     if (readOneChar(&c, bytes) == 0) {
+      restoreDecoder(before);
       if (count > 0) peek();
       return terminator;
     }
     if (isTerminator(previous)) {
       if (isTerminator(c) && c != previous) {
+        dropSavedDecoder(before);
         buffer.push(&c);
         peek();
         return 2;
       }
       unread(static_cast<int64_t>(bytes));
+      restoreDecoder(before);
       peek();
       return 1;
     }

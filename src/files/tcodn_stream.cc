@@ -261,6 +261,28 @@ size_t TcodnStream::readOneChar(char16_t* unitsOut, size_t& bytesConsumed) {
   return readChars(unitsOut, 1, bytesConsumed);
 }
 
+UConverter* TcodnStream::saveDecoder() const {
+  UErrorCode status = U_ZERO_ERROR;
+  UConverter* copy = ucnv_clone(converter, &status);
+  if (U_FAILURE(status)) {
+    if (copy) ucnv_close(copy);
+    return nullptr;
+  }
+  return copy;
+}
+
+void TcodnStream::restoreDecoder(UConverter* saved) {
+  if (saved == nullptr) return;
+  // The copy has the callbacks with this stream as their context, and the
+  // encoder's state as it was, which no read changes.
+  ucnv_close(converter);
+  converter = saved;
+}
+
+void TcodnStream::dropSavedDecoder(UConverter* saved) {
+  if (saved) ucnv_close(saved);
+}
+
 void TcodnStream::skipWhite() {
   char16_t c;
   size_t bytes = 0;
