@@ -10,9 +10,9 @@ namespace Tarnwicks::FileIO {
 // The standard (IANA or MIME) name of an ICU converter name, or the name
 // itself when ICU knows none.
 std::string standardEncodingName(const char* icuName);
-// True for the encodings of the supported list, by standard name, compared
-// without case.
-bool isSupportedEncoding(const std::string& standardName);
+// True when `icuName` (any name ICU knows) opens the converter of an
+// encoding on the supported list.
+bool isSupportedEncoding(const char* icuName);
 // The standard names of the supported list.
 std::span<const char* const> supportedEncodings();
 

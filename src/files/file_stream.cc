@@ -223,8 +223,9 @@ void fileStream::clearError() {
 }
 
 void fileStream::checkEncoding() {
-  std::string standard = standardEncodingName(encodingName().c_str());
-  if (!isSupportedEncoding(standard) && standard != "macintosh") {
+  const std::string name = encodingName();
+  std::string standard = standardEncodingName(name.c_str());
+  if (!isSupportedEncoding(name.c_str()) && standard != "macintosh") {
     kxWarningMsgId(kxMsg("KORVAN:iofun", "UnsupportedEncoding", standard));
   }
 }
