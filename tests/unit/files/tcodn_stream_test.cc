@@ -298,7 +298,7 @@ TEST_F(EncodedRoundTrip, OneByteOrderMarkAFileAfterALoneLeadAtTheEndOfACall) {
     EXPECT_EQ(chars(64), u"a\ufffdbc\ufffdd") << encoding;
     // The mark, where there is one, stands only at the start.
     for (const std::string& mark : {std::string("\0\0\xfe\xff", 4), std::string("\xff\xfe\0\0", 4),
-                                   std::string("\xff\xfe")}) {
+                                    std::string("\xff\xfe")}) {
       const size_t at = bytes.find(mark);
       EXPECT_TRUE(at == std::string::npos || (at == 0 && bytes.find(mark, 1) == std::string::npos))
           << encoding;
