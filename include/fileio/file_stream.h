@@ -79,6 +79,13 @@ class fileStream : public TcodnStream {
   // size unchanged): it then allocates once instead of page by page.
   void reserveSpace(uint64_t bytes) override;
 
+  // Lets the stream give its C file a larger buffer once the file is read
+  // from start to end (see beforeRefill). The caller promises to close the
+  // file before the stream is destroyed, since the stream owns that buffer.
+  void allowBufferGrowth(bool allow = true) { mayGrowBuffer = allow; }
+  static constexpr int kRefillsBeforeGrowing = 16;
+  static constexpr size_t kGrownBufferSize = 65536;
+
   FILE* getFile() const { return file; }
   const FilePermission* getPermission() const { return permission; }
   CarryByte& getCarry() { return *carry; }
@@ -100,11 +107,26 @@ class fileStream : public TcodnStream {
   // getc and ungetc, so that the end-of-file flag is set exactly when no byte
   // follows.
   void peek();
+  // Called by the readers of text before they refill the C buffer. A file
+  // read on and on (kRefillsBeforeGrowing refills with no seek between)
+  // gets a buffer of kGrownBufferSize: a sixteenth of the system calls from
+  // then on. Files read in place, a seek before each small read, keep the
+  // small buffer, which each seek refills whole.
+  void beforeRefill();
+  // A seek: reading from start to end starts over.
+  void noteSeek() { refillsInARow = 0; }
 
   FILE* file;
   const FilePermission* permission;
   uint8_t lastByte = 0;
   bool readFailed = false;
+  bool mayGrowBuffer = false;
+  int refillsInARow = 0;
+  struct FreeBlock {
+    void operator()(char* p) const;
+  };
+  // The larger buffer once given; the C file uses it until it is closed.
+  std::unique_ptr<char, FreeBlock> grownBuffer;
   std::unique_ptr<CarryByte> carry;
   FileBytes source{*this};
 

@@ -63,6 +63,8 @@ class twAbsFile {
 class twFile : public twAbsFile {
  public:
   using twAbsFile::twAbsFile;
+  // A file still open is closed first: its stream may own the C buffer.
+  ~twFile() override;
   // Reading modes search the full path, the current folder, then the host's
   // search path, and keep the name found. Writing modes open the name as
   // given (mode 0666 less the umask). A failing open returns false with

@@ -14,6 +14,8 @@ namespace Tarnwicks::FileIO {
 
 #if defined(__GLIBC__)
 struct BufferedBytes {
+  // glibc's flag for a FILE reading from its put-back area (_IO_IN_BACKUP).
+  static constexpr int kInPutBackArea = 0x100;
   FILE* f;
   const unsigned char* begin() const {
     return reinterpret_cast<const unsigned char*>(f->_IO_read_ptr);
@@ -25,6 +27,9 @@ struct BufferedBytes {
   void consume(const unsigned char* p) {
     f->_IO_read_ptr = reinterpret_cast<char*>(const_cast<unsigned char*>(p));
   }
+  // True while the C library reads from its put-back area (after more
+  // ungetc than the buffer holds) instead of its buffer.
+  bool inPutBackArea() const { return (f->_flags & kInPutBackArea) != 0; }
   // Refills an empty buffer. False at the end of the file or on an error.
   bool refill() {
     int c = getc_unlocked(f);
@@ -40,6 +45,7 @@ struct BufferedBytes {
   const unsigned char* begin() const { return nullptr; }
   const unsigned char* end() const { return nullptr; }
   void consume(const unsigned char*) {}
+  bool inPutBackArea() const { return true; }
   bool refill() { return false; }
 };
 constexpr bool kHaveBufferAccess = false;

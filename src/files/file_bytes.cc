@@ -34,6 +34,7 @@ void FileBytes::settle() {
 bool FileBytes::refill() {
   settle();
   if (kHaveBufferAccess) {
+    owner_.beforeRefill();
     if (!BufferedBytes{owner_.file}.refill()) {
       next = end = windowStart_ = nullptr;
       return false;

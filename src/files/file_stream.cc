@@ -11,10 +11,12 @@
 #include <cerrno>
 #include <climits>
 
+#include "c_file_buffer.h"
 #include "encoding_support.h"
 #include "fileio/attributes.h"
 #include "fileio/output_buffer.h"
 #include "twhost/errors.h"
+#include "twhost/kx_memory.h"
 
 namespace Tarnwicks::FileIO {
 
@@ -154,6 +156,7 @@ int fileStream::getPosition(int64_t& pos) {
 
 int fileStream::setPosition(int64_t pos) {
   errno = 0;
+  noteSeek();
   // A partial character held by the decoder belongs to the old position.
   ucnv_resetToUnicode(converter);
   inBytes.length = inUsed = 0;
@@ -178,6 +181,7 @@ stream::MoveResult fileStream::moveBeyondEnd(int64_t target) {
   struct stat st;
   if (fstat(fileno(file), &st) != 0 || !S_ISREG(st.st_mode)) return kCannotMove;
   errno = 0;
+  noteSeek();
   if (fflush(file) != 0) {
     recordState();
     return kMoveFailed;
@@ -231,8 +235,29 @@ void fileStream::checkEncoding() {
 }
 
 void fileStream::peek() {
+  if (BufferedBytes in{file}; in.begin() == in.end()) beforeRefill();
   int c = getc_unlocked(file);
   if (c != EOF) ungetc(c, file);
+}
+
+void fileStream::FreeBlock::operator()(char* p) const {
+  utFree(p);
+}
+
+void fileStream::beforeRefill() {
+  if (!mayGrowBuffer || ++refillsInARow < kRefillsBeforeGrowing) return;
+  // Only an empty buffer with nothing waiting to be written can be
+  // swapped without moving the file: the C library then has nothing to
+  // give back or write out.
+  BufferedBytes in{file};
+  if (!kHaveBufferAccess || in.begin() != in.end() || in.inPutBackArea() || __fpending(file) > 0) {
+    return;
+  }
+  mayGrowBuffer = false;
+  std::unique_ptr<char, FreeBlock> grown(static_cast<char*>(utMalloc(kGrownBufferSize)));
+  if (grown && setvbuf(file, grown.get(), _IOFBF, kGrownBufferSize) == 0) {
+    grownBuffer = std::move(grown);
+  }
 }
 
 }  // namespace Tarnwicks::FileIO

@@ -154,6 +154,7 @@ int fileStream::readLine(int64_t limit, OutputBuffer& buffer) {
     const unsigned char* p = in.begin();
     const unsigned char* e = in.end();
     if (p == e) {
+      beforeRefill();
       errno = 0;
       if (!in.refill()) {
         // As a short read would: the end of the file, or an error.
@@ -204,6 +205,7 @@ int fileStream::readLine(int64_t limit, OutputBuffer& buffer) {
       }
       // CR LF and LF CR are one terminator.
       if (in.begin() == in.end()) {
+        beforeRefill();
         errno = 0;
         if (!in.refill()) {
           recordReadState();  // as the read of the next character would

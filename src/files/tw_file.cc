@@ -61,20 +61,25 @@ bool twFile::open() {
     lastError = err != 0 ? err : code(StreamError::CannotOpenFile);
     return false;
   }
-  // The C library's own buffer, of the file system's block size (4 KiB
-  // here), is kept. A 64 KiB buffer owned by the file was measured against
-  // it (bench/file_buffer_bench, 50 MB, cpu seconds, 4 KiB vs 64 KiB):
-  // fgets of 80-character lines 0.083 vs 0.077, fread of 3 bytes a call
-  // 2.45 vs 2.27 (0.92 to 1.01 over runs), fwrite of 3 bytes in 'W' 0.30 vs
-  // 0.29, fprintf of short lines in 'W' 2.06 vs 2.06, and a seek then a
-  // 3-byte fread at random places 0.74 vs 2.86, since each seek refills the
-  // whole buffer. A few percent on small pieces does not pay for four times
-  // the cost of reading records in place.
+  // A file starts with the C library's own buffer, of the file system's
+  // block size (4 KiB here), and its stream grows it to 64 KiB once the
+  // file is read on and on without seeks (fileStream::beforeRefill).
+  // bench/file_buffer_bench, 50 MB, cpu seconds, for 4 KiB held, 64 KiB
+  // from the start, and this: fgets of 80-character lines 0.066, 0.057,
+  // 0.057; a seek then a 3-byte fread at random places 0.67, 3.04, 0.72
+  // (each seek refills the whole buffer); fread of 3 bytes a call 2.22,
+  // 2.31, 2.25; fwrite of 3 bytes in 'W' 0.35, 0.26, 0.28 and fprintf of
+  // short lines in 'W' 1.68, 1.54, 1.58, within the noise of the machine.
+  // A buffer of 64 KiB from the start would cost reading in place four
+  // times over for a few percent on small pieces.
   // Only the encoding can fail, and then the C file must not stay open.
   std::unique_ptr<FILE, int (*)(FILE*)> closeOnFailure(f, fclose);
   stream_ = std::make_unique<fileStream>(f, encoding.value.c_str(), &permission);
   closeOnFailure.release();
   file = f;
+  // The stream may give the file a buffer it owns: the file is closed
+  // before the stream goes, by close() or by the destructor.
+  stream_->allowBufferGrowth();
   if (!stream_->getFileSize(fileSize)) fileSize = 0;
   lastError = err;
   return true;
@@ -96,6 +101,10 @@ bool twFile::closeCFile() {
     return false;
   }
   return true;
+}
+
+twFile::~twFile() {
+  if (file != nullptr) closeCFile();
 }
 
 bool twFile::closeAtExit() {

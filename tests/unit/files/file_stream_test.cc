@@ -252,3 +252,60 @@ TEST_F(FileStreamTest, LinesAndBulkCharactersAgreeOnMalformedMultiByteText) {
 }
 
 }  // namespace
+
+namespace {
+
+// A file read on and on gets a larger C buffer after some refills. Lines,
+// terminators, positions and the end flag stay exactly what the character
+// reader gives on the small buffer, across the swap; a seek starts the
+// count over, and a file read in place never grows.
+TEST_F(FileStreamTest, ReadingOnAndOnGrowsTheBufferAndChangesNothingRead) {
+  std::mt19937 rng(5);
+  const std::vector<std::string> pieces = {
+      "plain text of a line ", "\n", "\r\n", "\xc3\xa9", "x", "\r", "0123456789"};
+  std::string text;
+  while (text.size() < 300000) text += pieces[rng() % pieces.size()];
+  auto bufferSize = [&] { return size_t(file->_IO_buf_end - file->_IO_buf_base); };
+
+  open(text);
+  std::vector<Line> expected;
+  std::vector<int64_t> positions;
+  while (!s->atEnd()) {
+    expected.push_back(line(-1, Reader::kChars));
+    s->getPosition(positions.emplace_back());
+  }
+  const size_t smallBuffer = bufferSize();
+  ASSERT_LT(smallBuffer, fileStream::kGrownBufferSize);
+
+  for (Reader reader : {Reader::kGeneral, Reader::kWholeFirst}) {
+    open(text);
+    s->allowBufferGrowth();
+    for (size_t i = 0; i < expected.size(); ++i) {
+      Line l = line(-1, reader);
+      ASSERT_EQ(l.text, expected[i].text) << "line " << i;
+      ASSERT_EQ(l.terminator, expected[i].terminator) << "line " << i;
+      int64_t p = 0;
+      s->getPosition(p);
+      ASSERT_EQ(p, positions[i]) << "line " << i;
+      ASSERT_EQ(s->atEnd(), i + 1 == expected.size()) << "line " << i;
+    }
+    EXPECT_EQ(bufferSize(), fileStream::kGrownBufferSize);
+    // The stream owns the grown buffer: the file is closed first.
+    std::fclose(file);
+    file = nullptr;
+    s.reset();
+  }
+
+  // A seek before every few lines: the buffer stays as it was.
+  open(text);
+  s->allowBufferGrowth();
+  for (size_t i = 0; i + 1 < expected.size(); i += 7) {
+    s->setPosition(i == 0 ? 0 : positions[i - 1]);
+    ASSERT_EQ(line(-1, Reader::kWholeFirst).text, expected[i].text) << "line " << i;
+  }
+  EXPECT_EQ(bufferSize(), smallBuffer);
+  std::fclose(file);
+  file = nullptr;
+}
+
+}  // namespace
