@@ -2,11 +2,11 @@
 // read, and random UTF-16 written, in the encodings users meet.
 //
 // Checks, beyond the sanitizers:
-//  - reading lines from a buffered file (the fast path over the C buffer)
-//    and from an unbuffered one (where nearly every character takes the
-//    converter's path) gives the same lines, terminators and error code,
-//    (Lines joined against one bulk read of the text is not checked yet:
-//    they differ on some malformed GB18030 input, a known open question);
+//  - reading lines from a buffered file (the fast path over the C buffer),
+//    the way fgets does (a line whole in the buffer made at once, else the
+//    fast path), and from an unbuffered one (where nearly every character
+//    takes the converter's path) gives the same lines, terminators and
+//    error code, and the lines joined are the text one bulk read gives;
 //  - writing a text in one call, or split in two at any unit (a surrogate
 //    pair included), gives the same bytes (the same text, for encodings
 //    with shift states), and every call reports all its units.
@@ -49,18 +49,25 @@ struct Reading {
   int errorCode = 0;
 };
 
-Reading readLines(const std::string& bytes, const char* encoding, bool buffered) {
+// The ways lines are read.
+enum class LineReader { kBuffered, kWholeFirst, kUnbuffered };
+
+Reading readLines(const std::string& bytes, const char* encoding, LineReader how) {
   Reading r;
   FILE* f = fmemopen(const_cast<char*>(bytes.data()), bytes.size(), "rb");
-  if (!buffered) setvbuf(f, nullptr, _IONBF, 0);
+  if (how == LineReader::kUnbuffered) setvbuf(f, nullptr, _IONBF, 0);
   FilePermission p;
   {
     fileStream s(f, encoding, &p);
     for (size_t i = 0; i < kMaxLines; ++i) {
-      OutputBuffer line(kxCHAR_CLASS, 64, 64, 1024);
-      const int terminator = s.readLine(-1, line);
-      if (line.empty()) break;
-      kxOwned a(line.toArray());
+      int terminator = 0;
+      kxOwned a(how == LineReader::kWholeFirst ? s.readWholeLine(-1, terminator) : nullptr);
+      if (!a) {
+        OutputBuffer line(kxCHAR_CLASS, 64, 64, 1024);
+        terminator = s.readLine(-1, line);
+        if (line.empty()) break;
+        a.reset(line.toArray());
+      }
       r.text += kxArrayToUString(a.get());
       r.terminators += char('0' + terminator);
     }
@@ -112,10 +119,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::string rest(reinterpret_cast<const char*>(data + 2), size - 2);
   if (!writing) {
     if (rest.empty()) return 0;
-    const Reading fast = readLines(rest, encoding, true);
-    const Reading slow = readLines(rest, encoding, false);
+    const Reading fast = readLines(rest, encoding, LineReader::kBuffered);
+    const Reading whole = readLines(rest, encoding, LineReader::kWholeFirst);
+    const Reading slow = readLines(rest, encoding, LineReader::kUnbuffered);
     check(fast.text == slow.text && fast.terminators == slow.terminators &&
           fast.errorCode == slow.errorCode);
+    check(whole.text == fast.text && whole.terminators == fast.terminators &&
+          whole.errorCode == fast.errorCode);
+    if (fast.terminators.size() < kMaxLines) check(fast.text == readAll(rest, encoding));
     return 0;
   }
   std::u16string text(rest.size() / 2, u'\0');
