@@ -5,7 +5,9 @@
 // gives the same outcome (result, error and position): a UTF-8 file read
 // as bytes and read decoded, each in normal blocks and in blocks of three
 // units (so that every refill and drop happens inside fields), and a char
-// array of the decoded text (result and error).
+// array of the decoded text (result and error); a char array of ASCII text
+// is also read as bytes, in normal and tiny blocks, against its read in
+// units (result, error and position).
 #include <unistd.h>
 
 #include <cstdint>
@@ -34,6 +36,15 @@ ReadOutcome readWith(const MadeCall& call, bool bytes, size_t block) {
   textscan::setFastPathEnabled(bytes);
   textscan::setFileBlockUnits(block);
   ReadOutcome outcome = readFile(scratchPath(), "UTF-8", call.view());
+  textscan::setFastPathEnabled(true);
+  textscan::setFileBlockUnits(0);
+  return outcome;
+}
+
+ReadOutcome readTextWith(const kxArray* source, const MadeCall& call, bool bytes, size_t block) {
+  textscan::setFastPathEnabled(bytes);
+  textscan::setFileBlockUnits(block);
+  ReadOutcome outcome = readSource(source, call.view());
   textscan::setFastPathEnabled(true);
   textscan::setFileBlockUnits(0);
   return outcome;
@@ -71,8 +82,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::u16string wide;
     textscan::FieldText(text.data(), text.size()).appendTo(wide);
     kxOwned source(kxCreateStringFromNChars_UTF16(wide.data(), wide.size()));
-    ReadOutcome inMemory = readSource(source.get(), call.view());
+    ReadOutcome inMemory = readTextWith(source.get(), call, false, 0);
     if (inMemory.result != bytes.result) fault("a char array differs", call, bytes, inMemory);
+    ReadOutcome narrowed = readTextWith(source.get(), call, true, 0);
+    if (!(narrowed == inMemory))
+      fault("a char array read as bytes differs", call, inMemory, narrowed);
+    ReadOutcome tinyNarrowed = readTextWith(source.get(), call, true, kTinyBlock);
+    if (!(tinyNarrowed == inMemory))
+      fault("tiny blocks of a char array read as bytes differ", call, inMemory, tinyNarrowed);
   }
   return 0;
 }

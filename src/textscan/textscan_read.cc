@@ -9,6 +9,7 @@
 #include "file_source.h"
 #include "fileio/file_manager.h"
 #include "format_from_data.h"
+#include "narrow_text.h"
 #include "read_loop.h"
 #include "read_switches.h"
 #include "textscan/column.h"
@@ -107,30 +108,11 @@ size_t usableLength(const char16_t* text, size_t size) {
   return static_cast<size_t>(std::find(text, text + size, kEndOfText) - text);
 }
 
-kxArray* readText(Options& options) {
-  const char16_t* text = nullptr;
-  size_t size = matrix::get_kxchar_ptr_and_len(options.source, text);
-  size = kxGetNumberOfElements(options.source);
-  size_t usable = usableLength(text, size);
-  CharStream<char16_t> detect(text, usable);
-  settleLineEnd(options, detect);
-  ReadContext ctx(options);
-  CharStream<char16_t> s(text, usable);
-  // A skip past the end only has to stay past it.
-  s.advance(
-      static_cast<size_t>(std::min(options.numCharactersToSkip, static_cast<double>(size) + 1)));
-  auto rewind = [text, usable](CharStream<char16_t>& stream) {
-    stream = CharStream<char16_t>(text, usable);
-  };
-  kxArray* result = readBody<CharStream<char16_t>>(options, s, ctx, rewind);
-  options.finalPosition = static_cast<int64_t>(std::min(s.head(), size));
-  return result;
-}
-
 // A UTF-8 file is read as bytes when every character that steers the read
 // is ASCII and no conversion counts characters (a width, %c): its fields
-// are then the same whether decoded or not.
-bool bytesWillDo(const Options& options, const ReadContext& ctx) {
+// are then the same whether decoded or not. Text known to be ASCII (a char
+// array) has a byte for each character, so counts are the same too.
+bool bytesWillDo(const Options& options, const ReadContext& ctx, bool asciiText = false) {
   if (!fastPathEnabled() || !ctx.asciiOnly()) return false;
   auto ascii = [](const ustring& t) {
     return std::all_of(t.begin(), t.end(), [](char16_t c) { return c < 128; });
@@ -143,11 +125,54 @@ bool bytesWillDo(const Options& options, const ReadContext& ctx) {
     return false;
   }
   for (const FormatDescription& item : options.format) {
-    if (item.type == CharacterField) return false;
-    if (!isNumericType(item.type) && item.width != kNoWidth) return false;
+    bool countsCharacters =
+        item.type == CharacterField || (!isNumericType(item.type) && item.width != kNoWidth);
+    if (countsCharacters && !asciiText) return false;
     if (!ascii(item.text) && item.type != DatetimeField) return false;
   }
   return true;
+}
+
+// A char array of ASCII text is read as bytes, narrowed a block at a time;
+// its places are the same in units and bytes.
+kxArray* readAsciiText(Options& options, const ReadContext& ctx, const char16_t* text,
+                       size_t size) {
+  CharStream<char> s;
+  NarrowedText source(text, size, s);
+  // Block by block, so that a long skip does not narrow the text whole.
+  for (auto n =
+           static_cast<size_t>(std::min(options.numCharactersToSkip, static_cast<double>(size)));
+       n > 0 && s.available(1);) {
+    size_t step = std::min(n, s.buffered());
+    s.advance(step);
+    n -= step;
+  }
+  auto rewind = [&source](CharStream<char>&) { source.rewind(); };
+  kxArray* result = readBody<CharStream<char>>(options, s, ctx, rewind);
+  options.finalPosition = static_cast<int64_t>(source.position());
+  return result;
+}
+
+kxArray* readText(Options& options) {
+  const char16_t* text = nullptr;
+  size_t size = matrix::get_kxchar_ptr_and_len(options.source, text);
+  size = kxGetNumberOfElements(options.source);
+  bool ascii = fastPathEnabled() && allAsciiUnits(text, size);
+  size_t usable = ascii ? size : usableLength(text, size);
+  CharStream<char16_t> detect(text, usable);
+  settleLineEnd(options, detect);
+  ReadContext ctx(options);
+  if (ascii && bytesWillDo(options, ctx, true)) return readAsciiText(options, ctx, text, size);
+  CharStream<char16_t> s(text, usable);
+  // A skip past the end only has to stay past it.
+  s.advance(
+      static_cast<size_t>(std::min(options.numCharactersToSkip, static_cast<double>(size) + 1)));
+  auto rewind = [text, usable](CharStream<char16_t>& stream) {
+    stream = CharStream<char16_t>(text, usable);
+  };
+  kxArray* result = readBody<CharStream<char16_t>>(options, s, ctx, rewind);
+  options.finalPosition = static_cast<int64_t>(std::min(s.head(), size));
+  return result;
 }
 
 // "NumCharactersToSkip" counts characters as decoded, also over bytes.

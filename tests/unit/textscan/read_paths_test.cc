@@ -1,7 +1,8 @@
 // A UTF-8 file read as bytes and read decoded gives the same result and
 // position; reads in tiny blocks (every refill and drop within a few bytes)
-// give the same as reads in normal blocks; and a char array of the decoded
-// text gives the same result as the file.
+// give the same as reads in normal blocks; a char array of the decoded
+// text gives the same result as the file; and a char array of ASCII text
+// read as bytes gives the same result and position as read in units.
 #include <gtest/gtest.h>
 
 #include <random>
@@ -33,6 +34,13 @@ ReadOutcome readWith(const std::string& path, const MadeCall& call, bool bytes, 
   return readFile(path, "UTF-8", call.view());
 }
 
+ReadOutcome readTextWith(const kxArray* source, const MadeCall& call, bool bytes, size_t block) {
+  Switches restore;
+  textscan::setFastPathEnabled(bytes);
+  textscan::setFileBlockUnits(block);
+  return readSource(source, call.view());
+}
+
 class ReadPaths : public test_support::ScratchDir {
  protected:
   test_support::CaughtWarnings quiet;  // unclosed comments warn
@@ -48,7 +56,10 @@ class ReadPaths : public test_support::ScratchDir {
     std::u16string decoded;
     textscan::FieldText(text.data(), text.size()).appendTo(decoded);
     kxOwned source(kxCreateStringFromNChars_UTF16(decoded.data(), decoded.size()));
-    EXPECT_EQ(readSource(source.get(), call.view()).result, bytes.result);
+    ReadOutcome units = readTextWith(source.get(), call, false, 0);
+    EXPECT_EQ(units.result, bytes.result);
+    EXPECT_EQ(readTextWith(source.get(), call, true, 0), units);
+    EXPECT_EQ(readTextWith(source.get(), call, true, kTinyBlock), units);
   }
 };
 
@@ -65,6 +76,12 @@ TEST_F(ReadPaths, ChosenCasesAgree) {
       {"\xe2\x82\xac\xe2\x82\xac 12 34\n5", {1, 0, 0, 0, 0, 0, 0, 1 + 4 * 5}},
       {"bad \xff\xfe bytes,\xed\xa0\x80,\xe2\x82", {2, 2, 2, 2, 0, 1, 2, 0}},
       {"1\xc3\xa9 2\xc3\xa9 3", {0, 0, 0, 0, 0, 5, 0, 0}},
+      // ASCII, so a char array of it is read as bytes: widths and %c, a
+      // skip, a line end given, and a failure partway.
+      {"abcdef,1.5\nghijkl,2.5\n", {1, 14, 15, 0, 0, 1, 0, 0}},
+      {"12345 678\n9 10 11\n", {3, 17, 1, 0, 0, 0, 0, 1 + 4 * 1}},
+      {"1 2 3\n4 5 6\n", {0, 0, 0, 0, 0, 0, 0, 1}},
+      {"1,x,3\n", {1, 1, 0, 0, 0, 1, 2, 0}},
   };
   for (const Case& c : cases) expectSameEverywhere(c.text, makeCall(c.choice));
 }
@@ -99,11 +116,15 @@ TEST_F(ReadPaths, RandomCallsAgree) {
                                 "\xf0\x9f\x98\x80",
                                 "\xff",
                                 "\xef\xbf"};
-  for (int round = 0; round < 300; ++round) {
+  // The pieces from "\xc3\xa9" on are beyond ASCII; every other round
+  // leaves them out, so that char arrays are read as bytes too.
+  constexpr size_t kAsciiPieces = 23;
+  for (int round = 0; round < 400; ++round) {
     uint8_t choice[kChoiceBytes];
     for (uint8_t& b : choice) b = static_cast<uint8_t>(rng());
+    size_t usable = round % 2 ? kAsciiPieces : std::size(pieces);
     std::string text;
-    for (size_t k = rng() % 40; k > 0; --k) text += pieces[rng() % std::size(pieces)];
+    for (size_t k = rng() % 40; k > 0; --k) text += pieces[rng() % usable];
     expectSameEverywhere(text, makeCall(choice));
   }
 }
