@@ -129,12 +129,17 @@ kxArray* makeArray(kxClassID cls, std::initializer_list<size_t> dims, kxComplexi
   return makeArray<std::initializer_list<size_t>>(cls, dims, cx, zero);
 }
 
+// The element pointers of a cell or struct; a compact cell of char rows
+// gets its elements made first.
 kxArray** slots(const kxArray* a) {
+  twhost::makeRowElements(a);
   return static_cast<kxArray**>(a->pr);
 }
 
 void destroyContents(kxArray* a) {
-  if (holdsArrays(a)) {
+  if (a->rows) {
+    twhost::dropCharRows(a);
+  } else if (holdsArrays(a)) {
     size_t n = slotCount(a);
     for (size_t i = 0; i < n; ++i) kxDestroyArray(slots(a)[i]);
   }
@@ -296,6 +301,7 @@ size_t kxGetElementSize(const kxArray* a) {
 }
 
 void* kxGetData(const kxArray* a) {
+  twhost::makeRowElements(a);
   return a->pr;
 }
 void* kxGetImagData(const kxArray* a) {
@@ -418,6 +424,11 @@ kxArray* kxDuplicateArray(const kxArray* src) {
   a->fields = src->fields;
   a->className = src->className;
   if (src->props) a->props = adopt(kxDuplicateArray(src->props));
+  if (src->rows) {
+    a->pr = allocData(0, true);
+    twhost::copyCharRows(src, a);
+    return a;
+  }
   if (holdsArrays(src)) {
     size_t n = slotCount(src);
     a->pr = allocData(n * sizeof(kxArray*), true);
@@ -469,7 +480,9 @@ void kxSetData(kxArray* a, void* block) {
   if (a->pr == block) return;
   twhost::forgetBlock(block);
   // A cell or struct gives up the arrays it held along with their block.
-  if (holdsArrays(a)) {
+  if (a->rows) {
+    twhost::dropCharRows(a);
+  } else if (holdsArrays(a)) {
     size_t n = slotCount(a);
     for (size_t i = 0; i < n; ++i) kxDestroyArray(slots(a)[i]);
   }
@@ -520,6 +533,7 @@ kxArray* kxGetCell(const kxArray* cell, size_t index) {
 }
 
 void kxSetCells(kxArray* cell, kxArray** values) {
+  twhost::makeRowElements(cell);
   size_t n = kxGetNumberOfElements(cell);
   twhost::forgetBlock(values);
   if (cell->pr == values) {

@@ -107,6 +107,20 @@ TW_HOST kxArray* kxCreateStructArray(size_t ndim, const size_t* dims, int nfield
 TW_HOST kxArray* kxCreateString(const char* utf8);
 // Always 1-by-n, so 1-by-0 for n = 0.
 TW_HOST kxArray* kxCreateStringFromNChars_UTF16(const char16_t* chars, size_t n);
+// An n-by-1 cell of char rows made in O(1) allocations, for readers that
+// make millions of short texts: row i is the units [ends[i-1], ends[i]) of
+// `units` (from 0 for the first), a 1-by-len char array, or the empty text
+// (0-by-0) when it has none. The cell adopts both blocks (from kxMallocEx;
+// null when there are no units or no rows). It is a cell like any other:
+// its elements are made as arrays the first time something asks for one
+// (kxGetCell, kxSetCell, kxGetData...), at the cost of making them one by
+// one; until then copying and destroying it cost a copy or free of the two
+// blocks, and kxGetCharRows reads it directly.
+TW_HOST kxArray* kxCreateCellOfCharRows(char16_t* units, uint64_t* ends, size_t n);
+// The blocks of a cell made by kxCreateCellOfCharRows whose elements have not
+// been made yet (borrowed; kxGetNumberOfElements rows); false, with the
+// pointers untouched, for any other array.
+TW_HOST bool kxGetCharRows(const kxArray* cell, const char16_t** units, const uint64_t** ends);
 // A char matrix whose rows are the given texts, padded with blanks.
 TW_HOST kxArray* kxCreateCharMatrixFromRows(const std::vector<ustring>& rows);
 // An object value of a named class: `props` (adopted) is a 1-by-1 struct of
