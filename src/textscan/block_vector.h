@@ -33,6 +33,18 @@ class BlockVector {
     data_[count_++] = v;
   }
 
+  // Room for `n` more values at the end, to be written through the pointer
+  // (valid until the next growth); truncate() gives back what goes unused.
+  T* extend(size_t n) {
+    if (count_ + n > capacity_) grow(count_ + n);
+    T* at = data_ + count_;
+    count_ += n;
+    return at;
+  }
+  // Keeps the first `n` values (n <= size()).
+  void truncate(size_t n) { count_ = n; }
+  const T* data() const { return data_; }
+
   // `n` copies of `v`.
   void appendRepeated(size_t n, T v) {
     if (count_ + n > capacity_) grow(count_ + n);

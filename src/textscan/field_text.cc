@@ -16,12 +16,9 @@ void FieldText::appendTo(ustring& out) const {
     out.append(wide_, length_);
     return;
   }
-  size_t i = 0;
-  while (i < length_) {
-    char16_t unit;
-    i += decodeUtf8Unit(narrow_ + i, length_ - i, unit);
-    out.push_back(unit);
-  }
+  size_t at = out.size();
+  out.resize(at + length_);
+  out.resize(at + decodeUtf8Units(narrow_, length_, out.data() + at));
 }
 
 size_t stripQuotes(char16_t quote, const char16_t* first, const char16_t* last, char16_t* out) {

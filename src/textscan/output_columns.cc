@@ -6,6 +6,7 @@
 #include "textscan/options.h"
 #include "twhost/errors.h"
 #include "twhost/kx_memory.h"
+#include "utf8_units.h"
 
 namespace textscan {
 
@@ -136,12 +137,12 @@ kxArray* CharColumn::getResult() {
 // ---- strings ---------------------------------------------------------------------
 
 void StringColumn::add(const char16_t* text, size_t n) {
+  size_t at = units_.size();
+  char16_t* out = units_.extend(n);
   if (quote_ != 0 && n != 0 && text[0] == quote_) {
-    size_t at = units_.size();
-    units_.resize(at + n);
-    units_.resize(at + stripQuotes(quote_, text, text + n, units_.data() + at));
-  } else {
-    units_.append(text, n);
+    units_.truncate(at + stripQuotes(quote_, text, text + n, out));
+  } else if (n != 0) {
+    std::memcpy(out, text, n * sizeof(char16_t));
   }
   ends_.push_back(units_.size());
 }
@@ -153,27 +154,20 @@ void StringColumn::add(const char* text, size_t n) {
     add(decoded_.data(), decoded_.size());
     return;
   }
-  FieldText(text, n).appendTo(units_);
+  // A byte gives at most one unit.
+  size_t at = units_.size();
+  char16_t* out = units_.extend(n);
+  units_.truncate(at + decodeUtf8Units(text, n, out));
   ends_.push_back(units_.size());
 }
 
-// An empty field is a 0-by-0 char array, any other a 1-by-n row.
+// An empty field is a 0-by-0 char array, any other a 1-by-n row: the rule of
+// the host's cell of char rows.
 kxArray* StringColumn::getResult() {
   size_t n = ends_.size();
-  kxArray* cell = kxCreateCellMatrix(n, 1);
-  uint64_t start = 0;
-  for (size_t i = 0; i < n; ++i) {
-    size_t length = static_cast<size_t>(ends_[i] - start);
-    kxSetCell(cell, i,
-              length == 0 ? kxCreateCharMatrix(0, 0)
-                          : kxCreateStringFromNChars_UTF16(units_.data() + start, length));
-    start = ends_[i];
-  }
-  units_.clear();
-  units_.shrink_to_fit();
-  ends_.clear();
-  ends_.shrink_to_fit();
-  return cell;
+  char16_t* units = units_.release();
+  uint64_t* ends = ends_.release();
+  return kxCreateCellOfCharRows(units, ends, n);
 }
 
 // ---- the column of a conversion ------------------------------------------------

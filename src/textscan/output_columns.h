@@ -121,10 +121,9 @@ class CharColumn final : public OutputColumn {
 };
 
 // %s, %[...], %[^...] (no quote) and %q, %t (quote set): a cell column of
-// char rows. The text of all fields is kept in one store and the cells are
-// made at the end, one after the other, each adopted by the cell as soon as
-// it is made: the host's record of live arrays then never grows with the
-// column.
+// char rows. The text of all fields is kept in one store, with where each
+// field ends in another, and the host's cell of char rows adopts the two
+// at the end: no array is made per field.
 class StringColumn final : public OutputColumn {
  public:
   explicit StringColumn(char16_t quote = 0) : OutputColumn(kxCELL_CLASS), quote_(quote) {}
@@ -136,9 +135,9 @@ class StringColumn final : public OutputColumn {
 
  private:
   char16_t quote_;
-  std::u16string units_;        // every field's text, one after the other
-  std::vector<uint64_t> ends_;  // where each field's text ends in units_
-  std::u16string decoded_;      // a quoted field of UTF-8 bytes, decoded
+  BlockVector<char16_t> units_;  // every field's text, one after the other
+  BlockVector<uint64_t> ends_;   // where each field's text ends in units_
+  std::u16string decoded_;       // a quoted field of UTF-8 bytes, decoded
 };
 
 // A column of another area (dates, categories), behind its interface.

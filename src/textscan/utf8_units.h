@@ -68,4 +68,22 @@ inline size_t decodeUtf8Unit(const char* text, size_t n, char16_t& unit) {
   return k;
 }
 
+// Decodes the `n` bytes at `text` into `out`, which has room for `n` units,
+// and returns the units written (at most `n`). Runs of ASCII are copied a
+// byte at a time without the decoder.
+inline size_t decodeUtf8Units(const char* text, size_t n, char16_t* out) {
+  size_t i = 0;
+  size_t written = 0;
+  while (i < n) {
+    auto b = static_cast<uint8_t>(text[i]);
+    if (b < 0x80) {
+      out[written++] = b;
+      ++i;
+      continue;
+    }
+    i += decodeUtf8Unit(text + i, n - i, out[written++]);
+  }
+  return written;
+}
+
 }  // namespace textscan
