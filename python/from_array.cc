@@ -2,6 +2,8 @@
 
 #include <pybind11/numpy.h>
 
+#include <algorithm>
+#include <bit>
 #include <complex>
 #include <cstring>
 #include <string>
@@ -121,20 +123,70 @@ py::object fromNumeric(kxArray* a) {
   return adopt(a, dtypeOf(cls));
 }
 
+// Units below this are ASCII; from the first surrogate on, a unit may be
+// half of a pair.
+constexpr char16_t kFirstNonAscii = 0x80;
+constexpr char16_t kFirstSurrogate = 0xD800;
+constexpr char16_t kPastSurrogates = 0xE000;
+
+// A new reference to the str of `n` UTF-16 units, or null with Python's
+// error set. Made directly in the narrowest form Python keeps: text
+// without surrogates needs no decoder (one pass to find the widest unit,
+// one to copy); only text with surrogates is decoded, so that a pair
+// becomes one character and a lone one stays as it is.
+PyObject* strOfUnits(const char16_t* units, size_t n) {
+  char16_t seen = 0;
+  for (size_t i = 0; i < n; ++i) seen |= units[i];
+  auto length = static_cast<Py_ssize_t>(n);
+  if (seen < kFirstNonAscii) {
+    PyObject* s = PyUnicode_New(length, kFirstNonAscii - 1);
+    if (!s) return nullptr;
+    Py_UCS1* out = PyUnicode_1BYTE_DATA(s);
+    for (size_t i = 0; i < n; ++i) out[i] = static_cast<Py_UCS1>(units[i]);
+    return s;
+  }
+  bool surrogates = seen >= kFirstSurrogate && std::any_of(units, units + n, [](char16_t u) {
+                      return u >= kFirstSurrogate && u < kPastSurrogates;
+                    });
+  if (!surrogates) return PyUnicode_FromKindAndData(PyUnicode_2BYTE_KIND, units, length);
+  // A byte order given, so that a leading U+FEFF stays a character.
+  int order = std::endian::native == std::endian::little ? -1 : 1;
+  return PyUnicode_DecodeUTF16(reinterpret_cast<const char*>(units),
+                               static_cast<Py_ssize_t>(n * sizeof(char16_t)), "surrogatepass",
+                               &order);
+}
+
+py::str strFrom(const char16_t* units, size_t n) {
+  PyObject* s = strOfUnits(units, n);
+  if (!s) throw py::error_already_set();
+  return py::reinterpret_steal<py::str>(s);
+}
+
 py::object fromChar(const kxArray* a) {
   size_t n = kxGetNumberOfElements(a);
   const kxChar* chars = kxGetChars(a);
-  if (n == 0 || (isListShaped(a) && kxGetM(a) == 1)) {
-    return py::reinterpret_steal<py::object>(PyUnicode_DecodeUTF16(
-        reinterpret_cast<const char*>(chars), static_cast<Py_ssize_t>(n * sizeof(kxChar)),
-        "surrogatepass", nullptr));
-  }
+  if (n == 0 || (isListShaped(a) && kxGetM(a) == 1)) return strFrom(chars, n);
   std::vector<py::ssize_t> shape = shapeOf(a);
   py::dtype dt("U1");
   py::array out(dt, shape, columnMajorStrides(shape, dt.itemsize()));
   auto* codes = static_cast<uint32_t*>(out.mutable_data());
   for (size_t i = 0; i < n; ++i) codes[i] = chars[i];
   return out;
+}
+
+// A cell of char rows still in the host's compact form, as a list of str
+// made straight from its blocks: no array per element.
+py::list strList(const char16_t* units, const uint64_t* ends, size_t n) {
+  auto items = py::reinterpret_steal<py::list>(PyList_New(static_cast<Py_ssize_t>(n)));
+  if (!items) throw py::error_already_set();
+  uint64_t start = 0;
+  for (size_t i = 0; i < n; ++i) {
+    PyObject* s = strOfUnits(units + start, static_cast<size_t>(ends[i] - start));
+    if (!s) throw py::error_already_set();
+    PyList_SET_ITEM(items.ptr(), static_cast<Py_ssize_t>(i), s);
+    start = ends[i];
+  }
+  return items;
 }
 
 // Values in column-major order, as a list or as an object array of the
@@ -205,8 +257,14 @@ py::object fromArray(kxArray* a) {
   switch (kxGetClassID(a)) {
     case kxCHAR_CLASS:
       return fromChar(a);
-    case kxCELL_CLASS:
+    case kxCELL_CLASS: {
+      const char16_t* units = nullptr;
+      const uint64_t* ends = nullptr;
+      if (isListShaped(a) && kxGetCharRows(a, &units, &ends)) {
+        return strList(units, ends, kxGetNumberOfElements(a));
+      }
       return collection(a, [&](size_t i) { return slotValue(kxGetCell(a, i)); });
+    }
     case kxSTRUCT_CLASS:
       return fromStruct(a);
     case kxOBJECT_CLASS:

@@ -68,6 +68,10 @@ def test_numpy_arrays_come_back_equal(value):
     ("text é 😀", "text é 😀"),
     ("", ""),
     ("\ud800", "\ud800"),
+    ("\ufeffleading mark", "\ufeffleading mark"),
+    ("\xff latin", "\xff latin"),
+    ("\u03a9\u20ac", "\u03a9\u20ac"),
+    ("\udc00\ud800 reversed", "\udc00\ud800 reversed"),
     ([1.0, "a", [True]], [1.0, "a", [True]]),
     ({"x": 1.0, "name": "n"}, {"x": 1.0, "name": "n"}),
     (b"ab", np.array([[97, 98]], dtype=np.uint8)),
@@ -88,6 +92,25 @@ def test_numpy_scalars_keep_their_class(scalar):
     back = host.echo(scalar)
     assert type(back) is type(scalar)
     assert back == scalar
+
+
+# Every width of str Python keeps, pairs and lone surrogates, empty fields.
+FIELDS = ["plain", "", "caf\u00e9", "\u03a9\u20ac", "\U0001F600pair", "\ufeffmark", "lone\ud800",
+          "\udc00first", "", "x" * 300]
+
+
+def test_string_columns_come_back_as_lists_of_str():
+    # A reader's cell of char rows goes to Python without an array per field;
+    # it must give the same as the cell made element by element.
+    [column] = twfileio.textscan(",".join(FIELDS), "%s", "Delimiter", ",", "Whitespace", "")
+    assert column == FIELDS
+    assert all(type(s) is str for s in column)
+    assert host.echo(FIELDS) == FIELDS
+    # Merged columns are a matrix of cells: an object array of the same str.
+    [both] = twfileio.textscan(",".join(FIELDS), "%s %q", "Delimiter", ",", "Whitespace", "",
+                               "CollectOutput", True)
+    assert both.shape == (len(FIELDS) // 2, 2)
+    assert list(both[:, 0]) == FIELDS[0::2] and list(both[:, 1]) == FIELDS[1::2]
 
 
 def test_cells_that_are_not_vectors_are_object_arrays():
