@@ -102,5 +102,8 @@ void setTextColumnMaker(SpecifierType kind, TextColumnMaker maker);
 // lone quote dropped as the closing one; what follows it is copied as it
 // stands, quotes included. Returns the units written.
 size_t stripQuotes(char16_t quote, const char16_t* first, const char16_t* last, char16_t* out);
+// The same over ASCII bytes (all below 0x80: for other bytes, decode first,
+// since a quote may end a malformed sequence), each written as its unit.
+size_t stripQuotes(char16_t quote, const char* first, const char* last, char16_t* out);
 
 }  // namespace textscan

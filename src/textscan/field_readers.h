@@ -88,8 +88,9 @@ struct ItemReader {
   // A numeric item without width or precision whose exponent letters
   // include "e" and "E": its common numbers can be read in one pass.
   bool plainNumbers = false;
-  // A %C or %D item without width whose stops are all one unit long: its
-  // common fields (unquoted, ending inside the window) take one scan.
+  // A %s, %q, %t, %C or %D item without width whose stops are all one unit
+  // long: its common fields (unquoted, ending inside the window) take one
+  // scan.
   bool plainText = false;
   const char* label = "";
 };

@@ -21,16 +21,20 @@ void FieldText::appendTo(ustring& out) const {
   out.resize(at + decodeUtf8Units(narrow_, length_, out.data() + at));
 }
 
-size_t stripQuotes(char16_t quote, const char16_t* first, const char16_t* last, char16_t* out) {
+namespace {
+
+template <class CharT>
+size_t stripQuotesOf(char16_t quote, const CharT* first, const CharT* last, char16_t* out) {
   size_t written = 0;
   bool closed = false;
-  const char16_t* p = first + 1;
+  const CharT* p = first + 1;
   while (p < last) {
-    char16_t c = *p;
+    auto c = static_cast<char16_t>(*p);
     if (!closed && c == quote) {
       if (p + 1 >= last) break;  // the closing quote ends the text
-      out[written++] = p[1];
-      closed = p[1] != quote;
+      auto next = static_cast<char16_t>(p[1]);
+      out[written++] = next;
+      closed = next != quote;
       p += 2;
     } else {
       out[written++] = c;
@@ -38,6 +42,16 @@ size_t stripQuotes(char16_t quote, const char16_t* first, const char16_t* last, 
     }
   }
   return written;
+}
+
+}  // namespace
+
+size_t stripQuotes(char16_t quote, const char16_t* first, const char16_t* last, char16_t* out) {
+  return stripQuotesOf(quote, first, last, out);
+}
+
+size_t stripQuotes(char16_t quote, const char* first, const char* last, char16_t* out) {
+  return stripQuotesOf(quote, first, last, out);
 }
 
 namespace {

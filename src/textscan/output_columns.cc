@@ -1,6 +1,7 @@
 // The columns' results, the column of each conversion, and the result cell.
 #include "output_columns.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "textscan/options.h"
@@ -148,7 +149,10 @@ void StringColumn::add(const char16_t* text, size_t n) {
 }
 
 void StringColumn::add(const char* text, size_t n) {
-  if (quote_ != 0 && n != 0 && text[0] == static_cast<char>(quote_)) {
+  bool quoted = quote_ != 0 && n != 0 && text[0] == static_cast<char>(quote_);
+  if (quoted &&
+      !std::all_of(text, text + n, [](char c) { return static_cast<uint8_t>(c) < 0x80; })) {
+    // Beyond ASCII the quotes go after decoding, as from decoded text.
     decoded_.clear();
     FieldText(text, n).appendTo(decoded_);
     add(decoded_.data(), decoded_.size());
@@ -157,7 +161,9 @@ void StringColumn::add(const char* text, size_t n) {
   // A byte gives at most one unit.
   size_t at = units_.size();
   char16_t* out = units_.extend(n);
-  units_.truncate(at + decodeUtf8Units(text, n, out));
+  size_t written =
+      quoted ? stripQuotes(quote_, text, text + n, out) : decodeUtf8Units(text, n, out);
+  units_.truncate(at + written);
   ends_.push_back(units_.size());
 }
 

@@ -203,21 +203,38 @@ class RowLoop {
     return true;
   }
 
-  // The common field of a %C or %D item, read and handed over in one scan:
-  // it starts at no special unit and no quote, and a stop ends it inside
-  // the window. False, with nothing moved, for any other field, which the
-  // full reader (readQuoted) then takes the same way.
+  // The common field of a text item (%s, %q, %t, %C, %D), read and handed
+  // over in one scan: it starts at no special unit, its closing quote (if
+  // it opens with one) and a stop after it lie inside the window. False,
+  // with nothing moved, for any other field, which the full reader
+  // (readString, readQuoted) then takes the same way.
   [[gnu::always_inline]] bool readPlainText(const ItemReader& r, OutputColumn* column) {
     const auto* p = here();
     size_t avail = s_.buffered();
     if (avail == 0) return false;
     char16_t first = S::unit(p[0]);
-    if (first == r.quote || ctx_.classOf(first) != 0) return false;
-    const UnitSet& stops = r.stops->firstUnits;
+    if (ctx_.classOf(first) != 0) return false;
     size_t length = 1;
+    if (first == r.quote) {
+      if (r.type == StringField) return false;  // quotes mean nothing to %s
+      // The first lone quote closes the field; doubled ones are passed.
+      for (;;) {
+        while (length < avail && S::unit(p[length]) != r.quote) ++length;
+        if (length + 1 >= avail) return false;  // it or the unit after it lies past the window
+        if (S::unit(p[length + 1]) != r.quote) break;
+        length += 2;
+      }
+    }
+    const UnitSet& stops = r.stops->firstUnits;
     while (length < avail && !stops.contains(S::unit(p[length]))) ++length;
     if (length == avail) return false;  // the field may go on past the window
-    if (column) addText<PluginColumn>(column, length);
+    if (column) {
+      if (r.type == CategoricalField || r.type == DatetimeField) {
+        addText<PluginColumn>(column, length);
+      } else {
+        addText<StringColumn>(column, length);
+      }
+    }
     s_.advance(length);
     return true;
   }

@@ -59,13 +59,16 @@ ReadPlan::ReadPlan(const Options& options, const ReadContext& /*ctx*/)
         break;
       case StringField:
         r.stops = &stops;
+        r.plainText = !r.hasWidth && !stops.anyLong;
         break;
       case ApostropheQuotedField:
         r.quote = u'\'';
         r.stops = &quotedStops;
+        r.plainText = !r.hasWidth && !quotedStops.anyLong;
         break;
       case QuotedField:
         r.stops = &quotedStops;
+        r.plainText = !r.hasWidth && !quotedStops.anyLong;
         break;
       case CategoricalField:
       case DatetimeField:

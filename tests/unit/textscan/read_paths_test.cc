@@ -82,6 +82,8 @@ TEST_F(ReadPaths, ChosenCasesAgree) {
       {"12345 678\n9 10 11\n", {3, 17, 1, 0, 0, 0, 0, 1 + 4 * 1}},
       {"1 2 3\n4 5 6\n", {0, 0, 0, 0, 0, 0, 0, 1}},
       {"1,x,3\n", {1, 1, 0, 0, 0, 1, 2, 0}},
+      // A quote ends a malformed sequence: quotes go after decoding.
+      {"\"ab\xe2\"\x82\xac,1\n\"x\"\"y\",2\n", {1, 3, 0, 0, 0, 1, 0, 0}},
   };
   for (const Case& c : cases) expectSameEverywhere(c.text, makeCall(c.choice));
 }
