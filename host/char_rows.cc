@@ -119,7 +119,9 @@ kxArray* kxCreateCellOfCharRows(char16_t* units, uint64_t* ends, size_t n) {
 }
 
 bool kxGetCharRows(const kxArray* cell, const char16_t** units, const uint64_t** ends) {
-  if (!cell->rows) return false;
+  // A cell whose dimensions were changed to another count no longer has
+  // one row for each slot.
+  if (!cell->rows || twhost::elementCount(cell->dims) != cell->rows->count) return false;
   *units = cell->rows->units;
   *ends = cell->rows->ends;
   return true;

@@ -64,6 +64,18 @@ TEST(CharRowsCell, ReadsDirectlyUntilAnElementIsAskedFor) {
   EXPECT_FALSE(isCompact(cell.get()));
 }
 
+TEST(CharRowsCell, OtherDimensionsOfTheSameCountKeepTheRows) {
+  kxOwned cell(cellOfRows({u"a", u"bc", u"", u"d"}));
+  size_t square[2] = {2, 2};
+  kxSetDimensions(cell.get(), square, 2);
+  EXPECT_TRUE(isCompact(cell.get()));
+  size_t more[2] = {1, 6};
+  kxSetDimensions(cell.get(), more, 2);
+  EXPECT_FALSE(isCompact(cell.get()));  // no rows for the last two slots
+  EXPECT_EQ(kxArrayToUString(kxGetCell(cell.get(), 1)), u"bc");
+  EXPECT_EQ(kxGetCell(cell.get(), 5), nullptr);
+}
+
 TEST(CharRowsCell, EdgeShapes) {
   kxOwned none(cellOfRows({}));
   EXPECT_EQ(kxGetM(none.get()), 0u);
