@@ -166,12 +166,30 @@ kxOwned fromInt(py::handle value) {
   return kxOwned(kxCreateDoubleScalar(d));
 }
 
+// Python keeps a str in the narrowest of three forms. One or two bytes a
+// character are already UTF-16 units, copied (or widened) once into the
+// array; four bytes a character are encoded, so that a character beyond the
+// 16-bit range becomes its pair. Lone surrogates pass through: a char
+// element is any UTF-16 unit.
 kxOwned fromStr(py::handle value) {
-  Py_ssize_t length = PyUnicode_GetLength(value.ptr());
+  PyObject* s = value.ptr();
+  Py_ssize_t length = PyUnicode_GetLength(s);
   if (length == 0) return kxOwned(kxCreateString(""));
-  // Lone surrogates pass through: a char element is any UTF-16 unit.
-  py::bytes units = py::reinterpret_steal<py::bytes>(
-      PyUnicode_AsEncodedString(value.ptr(), "utf-16-le", "surrogatepass"));
+  int kind = PyUnicode_KIND(s);
+  if (kind == PyUnicode_1BYTE_KIND || kind == PyUnicode_2BYTE_KIND) {
+    auto n = static_cast<size_t>(length);
+    kxOwned out(kxCreateUninitNumericMatrix(1, n, kxCHAR_CLASS, kxREAL));
+    kxChar* chars = kxGetChars(out.get());
+    if (kind == PyUnicode_1BYTE_KIND) {
+      const Py_UCS1* latin = PyUnicode_1BYTE_DATA(s);
+      for (size_t i = 0; i < n; ++i) chars[i] = latin[i];
+    } else {
+      std::memcpy(chars, PyUnicode_2BYTE_DATA(s), n * sizeof(kxChar));
+    }
+    return out;
+  }
+  py::bytes units =
+      py::reinterpret_steal<py::bytes>(PyUnicode_AsEncodedString(s, "utf-16-le", "surrogatepass"));
   if (!units) throw py::error_already_set();
   char* data = nullptr;
   Py_ssize_t bytes = 0;
