@@ -118,7 +118,8 @@ double partToDouble(const CharT* p, size_t n) {
 // instead. Where it takes a number, the lexer would have taken the same
 // text, and the value is the one its conversion gives.
 template <class CharT>
-size_t readPlainReal(const CharT* p, size_t avail, const NumberSyntax& syntax, double& value) {
+[[gnu::always_inline]] inline size_t readPlainReal(const CharT* p, size_t avail,
+                                                   const NumberSyntax& syntax, double& value) {
   using namespace conversion_detail;
   if (avail < 2) return 0;
   char16_t c = unitOf(p[0]);

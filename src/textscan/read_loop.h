@@ -239,7 +239,8 @@ class RowLoop {
     return true;
   }
 
-  void addReal(SpecifierType type, OutputColumn* column, double x, size_t n) {
+  [[gnu::always_inline]] void addReal(SpecifierType type, OutputColumn* column, double x,
+                                      size_t n) {
     const auto* p = here();
     switch (type) {
       case Int8Field:
