@@ -17,6 +17,7 @@
 #include "scan_result.h"
 #include "twhost/errors.h"
 #include "twhost/text.h"
+#include "utf16_units.h"
 
 namespace Tarnwicks::FileIO {
 
@@ -76,17 +77,6 @@ struct ParsedFormat {
 
 bool canRead(const twAbsFile& file) {
   return file.permission.read || file.permission.update;
-}
-
-// The count of UTF-16 units in the UTF-8 bytes [begin, end): where a
-// position in the text of sscanf stands in the caller's characters.
-size_t unitsIn(const char* begin, const char* end) {
-  size_t units = 0;
-  for (const char* p = begin; p < end; ++p) {
-    auto b = static_cast<unsigned char>(*p);
-    if ((b & 0xC0) != 0x80) units += b >= 0xF0 ? 2 : 1;
-  }
-  return units;
 }
 
 }  // namespace
@@ -163,7 +153,7 @@ int sscanfBody(int nlhs, kxArray** plhs, int nrhs, kxArray** prhs) {
   inputStringStream in(text.c_str(), text.size(), "UTF-8");
   ScanOutcome out = scanGeneral<sscanfScanControl>(format, in, size);
   plhs[0] = scanResultArray(out.block, out.total, out.cls, size);
-  giveRest(out.count, out.error, unitsIn(in.begin, in.current) + 1);
+  giveRest(out.count, out.error, utf16UnitsOfUtf8(in.begin, in.current) + 1);
   return escapesFailed ? 1 : 0;
 }
 

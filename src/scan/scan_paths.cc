@@ -9,6 +9,7 @@
 #include "scan_control.h"
 #include "twhost/kx_memory.h"
 #include "twhost/text.h"
+#include "utf16_units.h"
 
 namespace Tarnwicks::FileIO {
 
@@ -45,22 +46,13 @@ ScanRun fromFast(const FastOutcome& f) {
   return r;
 }
 
-size_t unitsOfUtf8(const char* begin, const char* end) {
-  size_t units = 0;
-  for (const char* p = begin; p < end; ++p) {
-    auto b = static_cast<unsigned char>(*p);
-    if ((b & 0xC0) != 0x80) units += b >= 0xF0 ? 2 : 1;
-  }
-  return units;
-}
-
 }  // namespace
 
 ScanRun scanTextGeneral(const ustring& format, const ustring& text, const ScanSize& size) {
   const std::string utf8 = fl::i18n::to_string(text);
   inputStringStream in(utf8.data(), utf8.size());
   ScanRun r = general<sscanfScanControl>(format, in, size);
-  r.position = unitsOfUtf8(in.begin, in.current);
+  r.position = utf16UnitsOfUtf8(in.begin, in.current);
   return r;
 }
 
